@@ -1,0 +1,39 @@
+# Settings every target of the project carries: language level, warnings and
+# the strict Qt defines that keep string conversions explicit.
+add_library(calvex_common INTERFACE)
+target_compile_features(calvex_common INTERFACE cxx_std_20)
+target_compile_options(calvex_common INTERFACE -Wall -Wextra)
+if(CALVEX_WERROR)
+    target_compile_options(calvex_common INTERFACE -Werror)
+endif()
+target_compile_definitions(calvex_common INTERFACE
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CAST_TO_ASCII
+    QT_USE_QSTRINGBUILDER
+    QT_NO_URL_CAST_FROM_STRING
+    QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
+    QT_DISABLE_DEPRECATED_UP_TO=0x060000
+    CALVEX_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
+    CALVEX_VERSION_MINOR=${PROJECT_VERSION_MINOR}
+    CALVEX_VERSION_PATCH=${PROJECT_VERSION_PATCH})
+if(CALVEX_SANITIZE)
+    target_compile_options(calvex_common INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer)
+    target_link_options(calvex_common INTERFACE -fsanitize=address,undefined)
+endif()
+
+# One static library per source folder: every .cpp/.h of the folder, linked to
+# the libraries named after it.
+function(calvex_folder_library name)
+    file(GLOB _sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    file(GLOB _units CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    if(_units)
+        add_library(${name} STATIC ${_sources})
+        target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+        target_link_libraries(${name} PUBLIC calvex_common ${ARGN})
+    else()
+        # A folder of declarations only.
+        add_library(${name} INTERFACE ${_sources})
+        target_include_directories(${name} INTERFACE ${CMAKE_SOURCE_DIR}/src)
+        target_link_libraries(${name} INTERFACE calvex_common ${ARGN})
+    endif()
+endfunction()

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "components/ReportInfo.h"
+#include "platform/ComponentFactory.h"
+#include "platform/Recordset.h"
+
+#include <QString>
+
+// The suite's report store: saved QC report definitions, the variable
+// catalogue of each tab and the data sets of a report run. A store object is
+// created for one operation and released at its end. Failures raise
+// RuntimeError with a readable description.
+class QCReportStore : public Component
+{
+public:
+    static inline const QString ClassId = QStringLiteral("NorrixQCReports.QCReportStore");
+
+    // All saved definitions: QCReportName, QCReportType, QCReportID.
+    virtual RecordsetPtr ListReports() = 0;
+    // The definition's parameter rows (QCUserName, ParamsUserName, ParamsUnit,
+    // ShowInGraph, ShowInTable, QCTableID, ParamsDefID, Decimal) with units of
+    // the chosen system, and its tab; nullptr when there is no such definition.
+    virtual RecordsetPtr OpenReport(qint32 reportId, bool siUnits, qint32& tab) = 0;
+    // Stores the variables of info under name on info.TestTab; returns the new QCReportID.
+    virtual qint32 SaveReport(const QString& name, const ReportInfo& info) = 0;
+    virtual qint32 DeleteReport(qint32 reportId, const QString& reserved) = 0;
+    virtual bool CanDeleteReport(qint32 reportId, const QString& reserved) = 0;
+    // Compared without regard to case.
+    virtual qint32 CountReportsNamed(const QString& name) = 0;
+
+    // Tables of a tab: QCTableID, QCUserName.
+    virtual RecordsetPtr ListTables(qint16 tab) = 0;
+    // Variables of a tab: VarID, VarUserName, VarUnit, DecimalPlaces.
+    virtual RecordsetPtr ListVariables(bool siUnits, qint16 tab) = 0;
+
+    // Statistics (mean, sample SD, CV as a fraction) and visits (field 0 the
+    // visit date, field 1 the value) of variable `index` (1-based) over the
+    // subject and period of info. Missing and zero values are left out.
+    virtual RecordsetPtr GetGraphData(const ReportInfo& info, qint32 index, bool siUnits, double& mean, double& sd,
+                                      double& cv) = 0;
+    // One row per visit of the period: field 0 the visit date, then one field
+    // per ShowInTable variable in the order of info.Variables, named by VarName.
+    virtual RecordsetPtr GetTableData(const ReportInfo& info, bool siUnits) = 0;
+
+    // Several writes as one: Save deletes the stored copy and saves anew inside one transaction.
+    virtual void BeginTrans() = 0;
+    virtual void CommitTrans() = 0;
+    virtual void RollbackTrans() = 0;
+};
