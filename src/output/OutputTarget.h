@@ -14,7 +14,8 @@
 // - Line, PSet and Circle draw in the given colour; an invalid QColor means
 //   ForeColor. Circle's radius is in horizontal units.
 // - NewPage and EndDoc belong to printers, Cls to pictures; a target that has
-//   no such operation ignores it.
+//   no such operation ignores it. NewPage and Cls put CurrentX/CurrentY back
+//   at the page's origin (ScaleLeft, ScaleTop).
 class OutputTarget
 {
 public:
