@@ -42,6 +42,14 @@ std::vector<RecordedOp> RecordingTarget::opsOf(RecordedOp::Kind kind) const
     return found;
 }
 
+std::vector<RecordedOp> RecordingTarget::drawOps() const
+{
+    std::vector<RecordedOp> found;
+    std::copy_if(m_ops.begin(), m_ops.end(), std::back_inserter(found),
+                 [](const RecordedOp& op) { return !op.isStateChange(); });
+    return found;
+}
+
 int RecordingTarget::countOf(RecordedOp::Kind kind) const
 {
     return int(std::count_if(m_ops.begin(), m_ops.end(), [kind](const RecordedOp& op) { return op.kind == kind; }));
@@ -83,6 +91,42 @@ double RecordingTarget::TextHeight(const QString& text)
     return double(text.count(u'\n') + 1) * lineHeight(m_fontSize);
 }
 
+void RecordingTarget::SetFont(const QString& typeface)
+{
+    m_font = typeface;
+    record(RecordedOp::Kind::SetFont);
+}
+
+void RecordingTarget::SetFontSize(double points)
+{
+    m_fontSize = points;
+    record(RecordedOp::Kind::SetFontSize);
+}
+
+void RecordingTarget::SetFontBold(bool bold)
+{
+    m_fontBold = bold;
+    record(RecordedOp::Kind::SetFontBold);
+}
+
+void RecordingTarget::SetForeColor(const QColor& color)
+{
+    m_foreColor = color;
+    record(RecordedOp::Kind::SetForeColor);
+}
+
+void RecordingTarget::SetDrawWidth(int pixels)
+{
+    m_drawWidth = pixels;
+    record(RecordedOp::Kind::SetDrawWidth);
+}
+
+void RecordingTarget::SetDrawStyle(int style)
+{
+    m_drawStyle = style;
+    record(RecordedOp::Kind::SetDrawStyle);
+}
+
 void RecordingTarget::Line(double x1, double y1, double x2, double y2, const QColor& color, bool box)
 {
     record(box ? RecordedOp::Kind::Box : RecordedOp::Kind::Line, x1, y1, x2, y2, color);
@@ -100,21 +144,21 @@ void RecordingTarget::Circle(double x, double y, double radius, const QColor& co
 
 void RecordingTarget::NewPage()
 {
-    record(RecordedOp::Kind::NewPage, 0, 0, 0, 0, QColor());
+    record(RecordedOp::Kind::NewPage);
     m_currentX = m_scaleLeft;
     m_currentY = m_scaleTop;
 }
 
 void RecordingTarget::Cls()
 {
-    record(RecordedOp::Kind::Cls, 0, 0, 0, 0, QColor());
+    record(RecordedOp::Kind::Cls);
     m_currentX = m_scaleLeft;
     m_currentY = m_scaleTop;
 }
 
 void RecordingTarget::EndDoc()
 {
-    record(RecordedOp::Kind::EndDoc, 0, 0, 0, 0, QColor());
+    record(RecordedOp::Kind::EndDoc);
 }
 
 void RecordingTarget::record(RecordedOp::Kind kind, double x1, double y1, double x2, double y2, const QColor& color,

@@ -21,8 +21,18 @@ struct RecordedOp
         Circle, // centre (x1, y1), radius in x2
         NewPage,
         Cls,
-        EndDoc
+        EndDoc,
+        // Changes of the drawing state; the new value is in the state fields
+        // below (and in color for SetForeColor).
+        SetFont,
+        SetFontSize,
+        SetFontBold,
+        SetForeColor,
+        SetDrawWidth,
+        SetDrawStyle
     };
+
+    bool isStateChange() const { return kind >= Kind::SetFont; }
 
     Kind kind = Kind::Print;
     double x1 = 0;
@@ -32,6 +42,7 @@ struct RecordedOp
     QString text;
     // The colour used: the one passed, or ForeColor when none was.
     QColor color;
+    // The state at the time of the operation (after it, for a state change).
     QString font;
     double fontSize = 0;
     bool fontBold = false;
@@ -39,8 +50,10 @@ struct RecordedOp
     int drawStyle = 0;
 };
 
-// An output target that draws nothing and keeps a log of every operation, so
-// that a page layout can be checked number by number. Its text metrics follow
+// An output target that draws nothing and keeps a log of every operation
+// (drawing, page and state changes; moves of CurrentX/CurrentY are not logged
+// but show in the position of the next Print), so that a page layout can be
+// checked number by number. Its text metrics follow
 // exact rules instead of a real font:
 //
 //   TextWidth  = characters of the longest line x FontSize x 12 x (FontBold ? 1.125 : 1)
@@ -67,8 +80,10 @@ public:
     static double charWidth(double fontSize, bool bold);
     static double lineHeight(double fontSize);
 
-    // The log.
+    // The log: every operation in order.
     const std::vector<RecordedOp>& ops() const { return m_ops; }
+    // The drawing and page operations only, without the state changes.
+    std::vector<RecordedOp> drawOps() const;
     std::vector<RecordedOp> opsOf(RecordedOp::Kind kind) const;
     int countOf(RecordedOp::Kind kind) const;
     // The texts of every Print, in order.
@@ -90,18 +105,18 @@ public:
     double TextWidth(const QString& text) override;
     double TextHeight(const QString& text) override;
 
-    void SetFont(const QString& typeface) override { m_font = typeface; }
+    void SetFont(const QString& typeface) override;
     QString Font() const override { return m_font; }
-    void SetFontSize(double points) override { m_fontSize = points; }
+    void SetFontSize(double points) override;
     double FontSize() const override { return m_fontSize; }
-    void SetFontBold(bool bold) override { m_fontBold = bold; }
+    void SetFontBold(bool bold) override;
     bool FontBold() const override { return m_fontBold; }
 
-    void SetForeColor(const QColor& color) override { m_foreColor = color; }
+    void SetForeColor(const QColor& color) override;
     QColor ForeColor() const override { return m_foreColor; }
-    void SetDrawWidth(int pixels) override { m_drawWidth = pixels; }
+    void SetDrawWidth(int pixels) override;
     int DrawWidth() const override { return m_drawWidth; }
-    void SetDrawStyle(int style) override { m_drawStyle = style; }
+    void SetDrawStyle(int style) override;
     int DrawStyle() const override { return m_drawStyle; }
 
     void Line(double x1, double y1, double x2, double y2, const QColor& color = QColor(), bool box = false) override;
@@ -115,8 +130,8 @@ public:
     QString DeviceName() const override { return m_deviceName; }
 
 private:
-    void record(RecordedOp::Kind kind, double x1, double y1, double x2, double y2, const QColor& color,
-                const QString& text = QString());
+    void record(RecordedOp::Kind kind, double x1 = 0, double y1 = 0, double x2 = 0, double y2 = 0,
+                const QColor& color = QColor(), const QString& text = QString());
 
     double m_scaleLeft = 0;
     double m_scaleTop = 0;

@@ -114,7 +114,7 @@ private slots:
         target.SetCurrentY(12);
         target.Print(QStringLiteral("x"));
 
-        const std::vector<RecordedOp>& ops = target.ops();
+        const std::vector<RecordedOp> ops = target.drawOps();
         QCOMPARE(ops.size(), size_t(5));
 
         QCOMPARE(ops[0].kind, Kind::Line);
@@ -151,6 +151,45 @@ private slots:
 
         QCOMPARE(target.countOf(Kind::Line), 1);
         QCOMPARE(target.countOf(Kind::NewPage), 0);
+    }
+
+    void stateChangesAreLoggedInOrderWithTheirNewValue()
+    {
+        RecordingTarget target;
+        target.SetDrawWidth(4);
+        target.SetForeColor(QColor(128, 128, 128));
+        target.SetForeColor(QColor(0, 0, 0));
+        target.SetDrawWidth(1);
+        target.Line(0, 10, 100, 10);
+        target.SetDrawStyle(2);
+        target.SetFont(QStringLiteral("Arial"));
+        target.SetFontSize(6);
+        target.SetFontBold(true);
+
+        const std::vector<RecordedOp>& ops = target.ops();
+        QCOMPARE(ops.size(), size_t(9));
+        QCOMPARE(ops[0].kind, Kind::SetDrawWidth);
+        QCOMPARE(ops[0].drawWidth, 4);
+        QCOMPARE(ops[1].kind, Kind::SetForeColor);
+        QCOMPARE(ops[1].color, QColor(128, 128, 128));
+        QCOMPARE(ops[2].kind, Kind::SetForeColor);
+        QCOMPARE(ops[2].color, QColor(0, 0, 0));
+        QCOMPARE(ops[3].kind, Kind::SetDrawWidth);
+        QCOMPARE(ops[3].drawWidth, 1);
+        QCOMPARE(ops[4].kind, Kind::Line);
+        QVERIFY(!ops[4].isStateChange());
+        QCOMPARE(ops[5].kind, Kind::SetDrawStyle);
+        QCOMPARE(ops[5].drawStyle, 2);
+        QCOMPARE(ops[6].kind, Kind::SetFont);
+        QCOMPARE(ops[6].font, QStringLiteral("Arial"));
+        QCOMPARE(ops[7].kind, Kind::SetFontSize);
+        QCOMPARE(ops[7].fontSize, 6.0);
+        QCOMPARE(ops[8].kind, Kind::SetFontBold);
+        QCOMPARE(ops[8].fontBold, true);
+        QVERIFY(ops[8].isStateChange());
+
+        QCOMPARE(target.drawOps().size(), size_t(1));
+        QCOMPARE(target.countOf(Kind::SetForeColor), 2);
     }
 
     void pageOperationsAreLoggedAndResetThePosition()
