@@ -11,14 +11,14 @@
 
 namespace
 {
-QMap<QByteArray, TestRegistry::Factory>& classes()
+QMap<QByteArray, TestClasses::Factory>& classes()
 {
-    static QMap<QByteArray, TestRegistry::Factory> all;
+    static QMap<QByteArray, TestClasses::Factory> all;
     return all;
 }
 } // namespace
 
-int TestRegistry::add(const char* name, Factory factory)
+int TestClasses::add(const char* name, Factory factory)
 {
     classes().insert(QByteArray(name), std::move(factory));
     return int(classes().size());
