@@ -1,0 +1,303 @@
+#include "platform/VbConversions.h"
+
+#include "platform/RuntimeError.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QLocale>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <string>
+
+namespace
+{
+[[noreturn]] void raise(qint32 number)
+{
+    const QString description =
+        number == ErrorNumber::Overflow ? QStringLiteral("Overflow") : QStringLiteral("Type mismatch");
+    throw RuntimeError(number, QCoreApplication::applicationName(), description);
+}
+
+// The number held by a number value; a true boolean is -1, as it has always been.
+double numberOf(const QVariant& value)
+{
+    if (value.typeId() == QMetaType::Bool)
+        return value.toBool() ? -1.0 : 0.0;
+    return value.toDouble();
+}
+
+enum class TextNumber
+{
+    Number,
+    Overflow,
+    NotNumber
+};
+
+// Reads a text as a number of the system locale: blanks around it and group
+// separators are allowed; "inf" and "nan" are not numbers.
+TextNumber readNumberText(const QString& text, double* number)
+{
+    bool ok = false;
+    const double read = QLocale().toDouble(text.trimmed(), &ok);
+    if (ok && std::isfinite(read))
+    {
+        *number = read;
+        return TextNumber::Number;
+    }
+    // The locale reports a well-formed number beyond the range of a double as infinity.
+    return !ok && std::isinf(read) ? TextNumber::Overflow : TextNumber::NotNumber;
+}
+
+qint32 wholeNumberOfText(const QString& text)
+{
+    double number = 0;
+    switch (readNumberText(text, &number))
+    {
+    case TextNumber::Number:
+        return RoundToInt32(number);
+    case TextNumber::Overflow:
+        raise(ErrorNumber::Overflow);
+    case TextNumber::NotNumber:
+        break;
+    }
+    raise(ErrorNumber::TypeMismatch);
+}
+
+enum class Tie
+{
+    ToEven,
+    AwayFromZero
+};
+
+// Rounds at the given decimal places on the shortest decimal text of the value
+// (the text that reads back as the same double), so that a value written as a
+// tie, such as 2.675, is rounded as the tie it was meant to be.
+double roundDecimal(double value, int decimals, Tie tie)
+{
+    if (!std::isfinite(value) || value == 0)
+        return value;
+    decimals = std::max(decimals, 0);
+
+    // "d.ddde+xx": the significant digits without trailing zeros and the exponent of the first one.
+    char text[40];
+    const auto written = std::to_chars(text, text + sizeof text, std::fabs(value), std::chars_format::scientific);
+    const std::string scientific(text, written.ptr);
+    const size_t exponentAt = scientific.find('e');
+    std::string digits = scientific.substr(0, exponentAt);
+    if (digits.size() > 1)
+        digits.erase(1, 1); // the decimal point
+    const qint64 exponent = std::stoll(scientific.substr(exponentAt + 1));
+
+    const qint64 kept = exponent + 1 + decimals; // digits left of the rounding place
+    if (kept >= qint64(digits.size()))
+        return value;
+    if (kept < 0)
+        return std::copysign(0.0, value);
+
+    std::string whole = digits.substr(0, size_t(kept));
+    const char first = digits[size_t(kept)];
+    bool up = first > '5';
+    if (first == '5')
+    {
+        const bool beyondHalf = qint64(digits.size()) > kept + 1; // the text has no trailing zeros
+        const bool lastOdd = !whole.empty() && (whole.back() - '0') % 2 == 1;
+        up = beyondHalf || tie == Tie::AwayFromZero || lastOdd;
+    }
+    if (up)
+    {
+        auto digit = whole.rbegin();
+        for (; digit != whole.rend() && *digit == '9'; ++digit)
+            *digit = '0';
+        if (digit == whole.rend())
+            whole.insert(whole.begin(), '1');
+        else
+            ++*digit;
+    }
+    if (whole.empty())
+        return std::copysign(0.0, value);
+
+    // The nearest double to whole / 10^decimals.
+    const std::string rounded = whole + 'e' + std::to_string(-decimals);
+    double result = 0;
+    std::from_chars(rounded.data(), rounded.data() + rounded.size(), result);
+    return std::copysign(result, value);
+}
+
+QString generalText(double value, int significantDigits)
+{
+    if (value == 0)
+        value = 0; // no "-0"
+    char text[40];
+    const auto written = std::to_chars(text, text + sizeof text, value, std::chars_format::general, significantDigits);
+    QString general = QString::fromLatin1(text, written.ptr - text);
+    general.replace(QLatin1Char('e'), QLatin1Char('E'));
+    general.replace(QLatin1Char('.'), QLocale().decimalPoint());
+    return general;
+}
+
+QDate monthFirstDate(const QString& text)
+{
+    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,2})/([0-9]{1,2})/([0-9]{4})$"));
+    const QRegularExpressionMatch match = pattern.match(text.trimmed());
+    if (!match.hasMatch())
+        return {};
+    return QDate(match.captured(3).toInt(), match.captured(1).toInt(), match.captured(2).toInt());
+}
+} // namespace
+
+bool IsNumberValue(const QVariant& value)
+{
+    if (value.isNull())
+        return false;
+    switch (value.typeId())
+    {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+    case QMetaType::Float:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::SChar:
+    case QMetaType::UChar:
+    case QMetaType::Bool:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool IsDateValue(const QVariant& value)
+{
+    return !value.isNull() && (value.typeId() == QMetaType::QDate || value.typeId() == QMetaType::QDateTime);
+}
+
+qint32 WholeNumberOfZeroPrefixed(const QVariant& value)
+{
+    return wholeNumberOfText(QLatin1Char('0') + TextOf(value).trimmed());
+}
+
+qint32 ToWholeNumber(const QVariant& value)
+{
+    if (IsNumberValue(value))
+        return RoundToInt32(numberOf(value));
+    if (!value.isNull() && value.typeId() == QMetaType::QString)
+        return wholeNumberOfText(value.toString());
+    raise(ErrorNumber::TypeMismatch);
+}
+
+double RoundHalfEven(double value)
+{
+    return roundDecimal(value, 0, Tie::ToEven);
+}
+
+double RoundHalfEven(double value, int decimals)
+{
+    return roundDecimal(value, decimals, Tie::ToEven);
+}
+
+qint32 RoundToInt32(double value)
+{
+    const double rounded = RoundHalfEven(value);
+    if (!(rounded >= -2147483648.0 && rounded <= 2147483647.0)) // NaN fails both
+        raise(ErrorNumber::Overflow);
+    return qint32(rounded);
+}
+
+bool IsDate(const QVariant& value)
+{
+    return ToDate(value).isValid();
+}
+
+QDate ToDate(const QVariant& value)
+{
+    if (IsDateValue(value))
+        return value.typeId() == QMetaType::QDate ? value.toDate() : value.toDateTime().date();
+    if (!value.isNull() && value.typeId() == QMetaType::QString)
+        return monthFirstDate(value.toString());
+    return {};
+}
+
+QString FormatMonthDayYear(const QDate& date)
+{
+    if (!date.isValid())
+        return {};
+    const QLatin1Char zero('0');
+    return QStringLiteral("%1/%2/%3")
+        .arg(date.month(), 2, 10, zero)
+        .arg(date.day(), 2, 10, zero)
+        .arg(date.year(), 4, 10, zero);
+}
+
+QString FormatLongDate(const QDate& date)
+{
+    return QLocale().toString(date, QLocale::LongFormat);
+}
+
+bool IsNumeric(const QVariant& value)
+{
+    if (IsNumberValue(value))
+        return true;
+    double number = 0;
+    return !value.isNull() && value.typeId() == QMetaType::QString &&
+           readNumberText(value.toString(), &number) == TextNumber::Number;
+}
+
+double ToDouble(const QVariant& value)
+{
+    if (IsNumberValue(value))
+        return numberOf(value);
+    double number = 0;
+    if (!value.isNull() && value.typeId() == QMetaType::QString &&
+        readNumberText(value.toString(), &number) == TextNumber::Number)
+        return number;
+    return 0;
+}
+
+QString FormatNumber(double value, int decimals)
+{
+    decimals = std::max(decimals, 0);
+    double rounded = roundDecimal(value, decimals, Tie::AwayFromZero);
+    if (rounded == 0)
+        rounded = 0; // no "-0.00"
+    QLocale locale;
+    locale.setNumberOptions(locale.numberOptions() & ~QLocale::OmitGroupSeparator);
+    return locale.toString(rounded, 'f', decimals);
+}
+
+QString GeneralNumberText(double value)
+{
+    return generalText(value, 15);
+}
+
+QString TextOf(const QVariant& value)
+{
+    if (value.isNull())
+        return {};
+    switch (value.typeId())
+    {
+    case QMetaType::QDate:
+        return FormatMonthDayYear(value.toDate());
+    case QMetaType::QDateTime: {
+        const QDateTime moment = value.toDateTime();
+        const QString date = FormatMonthDayYear(moment.date());
+        if (moment.time() == QTime(0, 0))
+            return date;
+        return date + QLatin1Char(' ') + moment.time().toString(QStringLiteral("HH:mm:ss"));
+    }
+    case QMetaType::Double:
+        return GeneralNumberText(value.toDouble());
+    case QMetaType::Float:
+        return generalText(double(value.toFloat()), 7);
+    case QMetaType::Bool:
+        return value.toBool() ? QStringLiteral("True") : QStringLiteral("False");
+    default:
+        return value.toString();
+    }
+}
