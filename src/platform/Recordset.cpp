@@ -1,6 +1,7 @@
 #include "platform/Recordset.h"
 
 #include "platform/RuntimeError.h"
+#include "platform/VbConversions.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -33,32 +34,7 @@ const QString kSource = QStringLiteral("Recordset");
     }
 }
 
-bool isNumber(const QVariant& v)
-{
-    switch (v.typeId())
-    {
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Double:
-    case QMetaType::Float:
-    case QMetaType::Short:
-    case QMetaType::UShort:
-    case QMetaType::Long:
-    case QMetaType::ULong:
-    case QMetaType::Bool:
-        return true;
-    default:
-        return false;
-    }
-}
-
-bool isDateValue(const QVariant& v)
-{
-    return v.typeId() == QMetaType::QDate || v.typeId() == QMetaType::QDateTime;
-}
-
+// A date value as a moment in time, so that dates and dates with times order together.
 QDateTime asDateTime(const QVariant& v)
 {
     return v.typeId() == QMetaType::QDate ? v.toDate().startOfDay() : v.toDateTime();
@@ -77,13 +53,13 @@ int CompareFieldValues(const QVariant& a, const QVariant& b)
     const bool bNull = b.isNull();
     if (aNull || bNull)
         return aNull == bNull ? 0 : (aNull ? -1 : 1);
-    if (isNumber(a) && isNumber(b))
+    if (IsNumberValue(a) && IsNumberValue(b))
     {
         const double x = a.toDouble();
         const double y = b.toDouble();
         return x < y ? -1 : (y < x ? 1 : 0);
     }
-    if (isDateValue(a) && isDateValue(b))
+    if (IsDateValue(a) && IsDateValue(b))
     {
         const QDateTime x = asDateTime(a);
         const QDateTime y = asDateTime(b);
@@ -103,6 +79,9 @@ Recordset::Recordset(QStringList fieldNames, std::vector<QVariantList> rows)
         if (!m_fieldIndex.contains(key))
             m_fieldIndex.insert(key, i);
     }
+    // A short row reads null in its missing fields; a long one loses the extra values.
+    for (QVariantList& row : m_rows)
+        row.resize(m_fields.size());
     m_order.resize(m_rows.size());
     std::iota(m_order.begin(), m_order.end(), 0);
     m_pos = 0;
@@ -278,6 +257,12 @@ void Recordset::Sort(const QString& criteria)
 
     if (hadCurrent)
         m_pos = qint32(std::find(m_order.begin(), m_order.end(), currentRow) - m_order.begin());
+}
+
+QString Recordset::SortCriteria() const
+{
+    requireOpen();
+    return m_sort;
 }
 
 QVariant Recordset::Bookmark() const

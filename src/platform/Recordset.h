@@ -62,7 +62,7 @@ public:
 
     // "Field ASC|DESC[, Field ASC|DESC ...]"; an empty text restores the natural order.
     void Sort(const QString& criteria);
-    QString SortCriteria() const { return m_sort; }
+    QString SortCriteria() const;
 
     QVariant Bookmark() const;
     void SetBookmark(const QVariant& bookmark);

@@ -1,5 +1,7 @@
 #include "common/TestMain.h"
 
+#include "ErrorNumberOf.h"
+
 #include "platform/RuntimeError.h"
 #include "platform/VbConversions.h"
 
@@ -8,25 +10,10 @@
 #include <QTest>
 
 #include <cmath>
-#include <functional>
 #include <limits>
 
 namespace
 {
-// The error number a call raises, 0 when it raises none.
-qint32 errorOf(const std::function<void()>& call)
-{
-    try
-    {
-        call();
-    }
-    catch (const RuntimeError& error)
-    {
-        return error.number();
-    }
-    return 0;
-}
-
 // Switches the default locale for one test and brings back the en_US the tests run with.
 class LocaleScope
 {
@@ -127,7 +114,7 @@ private slots:
     {
         QFETCH(QVariant, value);
         QFETCH(int, error);
-        QCOMPARE(errorOf([&] { WholeNumberOfZeroPrefixed(value); }), error);
+        QCOMPARE(ErrorNumberOf([&] { WholeNumberOfZeroPrefixed(value); }), error);
     }
 
     void toWholeNumber()
@@ -144,14 +131,14 @@ private slots:
         QCOMPARE(ToWholeNumber(QVariant(qint64(-2147483648LL))), std::numeric_limits<qint32>::min());
         QCOMPARE(ToWholeNumber(QVariant(-2147483648.5)), std::numeric_limits<qint32>::min());
 
-        QCOMPARE(errorOf([] { ToWholeNumber(QVariant()); }), ErrorNumber::TypeMismatch);
-        QCOMPARE(errorOf([] { ToWholeNumber(nullOf(QMetaType::Double)); }), ErrorNumber::TypeMismatch);
-        QCOMPARE(errorOf([] { ToWholeNumber(QVariant(QString())); }), ErrorNumber::TypeMismatch);
-        QCOMPARE(errorOf([] { ToWholeNumber(QVariant(QStringLiteral("abc"))); }), ErrorNumber::TypeMismatch);
-        QCOMPARE(errorOf([] { ToWholeNumber(QVariant(kMarch7)); }), ErrorNumber::TypeMismatch);
-        QCOMPARE(errorOf([] { ToWholeNumber(QVariant(2147483647.5)); }), ErrorNumber::Overflow);
-        QCOMPARE(errorOf([] { ToWholeNumber(QVariant(-2147483649.5)); }), ErrorNumber::Overflow);
-        QCOMPARE(errorOf([] { ToWholeNumber(QVariant(QStringLiteral("5000000000"))); }), ErrorNumber::Overflow);
+        QCOMPARE(ErrorNumberOf([] { ToWholeNumber(QVariant()); }), ErrorNumber::TypeMismatch);
+        QCOMPARE(ErrorNumberOf([] { ToWholeNumber(nullOf(QMetaType::Double)); }), ErrorNumber::TypeMismatch);
+        QCOMPARE(ErrorNumberOf([] { ToWholeNumber(QVariant(QString())); }), ErrorNumber::TypeMismatch);
+        QCOMPARE(ErrorNumberOf([] { ToWholeNumber(QVariant(QStringLiteral("abc"))); }), ErrorNumber::TypeMismatch);
+        QCOMPARE(ErrorNumberOf([] { ToWholeNumber(QVariant(kMarch7)); }), ErrorNumber::TypeMismatch);
+        QCOMPARE(ErrorNumberOf([] { ToWholeNumber(QVariant(2147483647.5)); }), ErrorNumber::Overflow);
+        QCOMPARE(ErrorNumberOf([] { ToWholeNumber(QVariant(-2147483649.5)); }), ErrorNumber::Overflow);
+        QCOMPARE(ErrorNumberOf([] { ToWholeNumber(QVariant(QStringLiteral("5000000000"))); }), ErrorNumber::Overflow);
     }
 
     void roundHalfEven_data()
@@ -238,10 +225,10 @@ private slots:
         QCOMPARE(RoundToInt32(-3.5), -4);
         QCOMPARE(RoundToInt32(2147483647.4), 2147483647);
         QCOMPARE(RoundToInt32(-2147483648.5), std::numeric_limits<qint32>::min());
-        QCOMPARE(errorOf([] { RoundToInt32(2147483647.5); }), ErrorNumber::Overflow);
-        QCOMPARE(errorOf([] { RoundToInt32(-2147483649.0); }), ErrorNumber::Overflow);
-        QCOMPARE(errorOf([] { RoundToInt32(std::numeric_limits<double>::quiet_NaN()); }), ErrorNumber::Overflow);
-        QCOMPARE(errorOf([] { RoundToInt32(std::numeric_limits<double>::infinity()); }), ErrorNumber::Overflow);
+        QCOMPARE(ErrorNumberOf([] { RoundToInt32(2147483647.5); }), ErrorNumber::Overflow);
+        QCOMPARE(ErrorNumberOf([] { RoundToInt32(-2147483649.0); }), ErrorNumber::Overflow);
+        QCOMPARE(ErrorNumberOf([] { RoundToInt32(std::numeric_limits<double>::quiet_NaN()); }), ErrorNumber::Overflow);
+        QCOMPARE(ErrorNumberOf([] { RoundToInt32(std::numeric_limits<double>::infinity()); }), ErrorNumber::Overflow);
     }
 
     void isDate_data()
