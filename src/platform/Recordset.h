@@ -33,6 +33,7 @@ public:
     static constexpr qint32 PositionEOF = -3;
 
     Recordset() = default; // closed
+    // Rows are fitted to the fields: missing values read null, extra ones are dropped.
     explicit Recordset(QStringList fieldNames, std::vector<QVariantList> rows = {});
 
     // Builder: adds a record at the end (the cursor is left on the first record).
