@@ -29,6 +29,11 @@ double numberOf(const QVariant& value)
     return value.toDouble();
 }
 
+bool isText(const QVariant& value)
+{
+    return !value.isNull() && value.typeId() == QMetaType::QString;
+}
+
 enum class TextNumber
 {
     Number,
@@ -49,6 +54,17 @@ TextNumber readNumberText(const QString& text, double* number)
     }
     // The locale reports a well-formed number beyond the range of a double as infinity.
     return !ok && std::isinf(read) ? TextNumber::Overflow : TextNumber::NotNumber;
+}
+
+// The number of a number value or of a numeric text; false when there is none.
+bool readNumber(const QVariant& value, double* number)
+{
+    if (IsNumberValue(value))
+    {
+        *number = numberOf(value);
+        return true;
+    }
+    return isText(value) && readNumberText(value.toString(), number) == TextNumber::Number;
 }
 
 qint32 wholeNumberOfText(const QString& text)
@@ -187,7 +203,7 @@ qint32 ToWholeNumber(const QVariant& value)
 {
     if (IsNumberValue(value))
         return RoundToInt32(numberOf(value));
-    if (!value.isNull() && value.typeId() == QMetaType::QString)
+    if (isText(value))
         return wholeNumberOfText(value.toString());
     raise(ErrorNumber::TypeMismatch);
 }
@@ -219,7 +235,7 @@ QDate ToDate(const QVariant& value)
 {
     if (IsDateValue(value))
         return value.typeId() == QMetaType::QDate ? value.toDate() : value.toDateTime().date();
-    if (!value.isNull() && value.typeId() == QMetaType::QString)
+    if (isText(value))
         return monthFirstDate(value.toString());
     return {};
 }
@@ -242,22 +258,14 @@ QString FormatLongDate(const QDate& date)
 
 bool IsNumeric(const QVariant& value)
 {
-    if (IsNumberValue(value))
-        return true;
     double number = 0;
-    return !value.isNull() && value.typeId() == QMetaType::QString &&
-           readNumberText(value.toString(), &number) == TextNumber::Number;
+    return readNumber(value, &number);
 }
 
 double ToDouble(const QVariant& value)
 {
-    if (IsNumberValue(value))
-        return numberOf(value);
     double number = 0;
-    if (!value.isNull() && value.typeId() == QMetaType::QString &&
-        readNumberText(value.toString(), &number) == TextNumber::Number)
-        return number;
-    return 0;
+    return readNumber(value, &number) ? number : 0;
 }
 
 QString FormatNumber(double value, int decimals)
