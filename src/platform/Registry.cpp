@@ -44,7 +44,10 @@ public:
 
     qint32 open(RegistryRoot root, const QString& subKey)
     {
-        return qint32(RegOpenKeyA(rootHandle(root), subKey.toLocal8Bit().constData(), &m_key));
+        const LONG result = RegOpenKeyA(rootHandle(root), subKey.toLocal8Bit().constData(), &m_key);
+        if (result != ERROR_SUCCESS)
+            m_key = nullptr; // nothing to close
+        return qint32(result);
     }
 
     qint32 queryType(const QString& valueName, quint32& type, quint32& size)

@@ -173,11 +173,8 @@ QStringList logicalLines(const QString& text)
 }
 
 const char* const kRootNames[][2] = {
-    {"HKLM", "HKEY_LOCAL_MACHINE"},
-    {"HKCU", "HKEY_CURRENT_USER"},
-    {"HKCR", "HKEY_CLASSES_ROOT"},
-    {"HKU", "HKEY_USERS"},
-    {"HKCC", "HKEY_CURRENT_CONFIG"},
+    {"HKLM", "HKEY_LOCAL_MACHINE"}, {"HKCU", "HKEY_CURRENT_USER"},   {"HKCR", "HKEY_CLASSES_ROOT"},
+    {"HKU", "HKEY_USERS"},          {"HKCC", "HKEY_CURRENT_CONFIG"},
 };
 } // namespace
 

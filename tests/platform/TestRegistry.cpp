@@ -72,6 +72,14 @@ QByteArray commonKeyFile(const QByteArray& values)
            values;
 }
 
+// A value as the file stores it, before any reading rule applies (type 0 when missing).
+RegistryFile::Value storedValue(const QString& path, const QString& name)
+{
+    RegistryFile::Value value;
+    RegistryFile::load(path).query(QStringLiteral("HKEY_LOCAL_MACHINE\\") + kCommon, name, value);
+    return value;
+}
+
 QByteArray utf16le(const QString& text)
 {
     QByteArray bytes("\xFF\xFE");
@@ -144,10 +152,7 @@ private slots:
     void binaryIsEmptyWithoutMessage()
     {
         ScopedRegistry registry(commonKeyFile("\"Blob\"=hex:01,02,03\n"));
-        RegistryFile::Value raw;
-        QCOMPARE(RegistryFile::load(registry.path()).query(QStringLiteral("HKEY_LOCAL_MACHINE\\") + kCommon,
-                                                           QStringLiteral("Blob"), raw),
-                 RegistryFile::Success);
+        const RegistryFile::Value raw = storedValue(registry.path(), QStringLiteral("Blob"));
         QCOMPARE(raw.type, 3u);
         QCOMPARE(raw.data, QByteArray("\x01\x02\x03", 3));
 
@@ -161,10 +166,7 @@ private slots:
         // "%SystemRoot%" as UTF-16LE with its NUL: type 2 is not a plain string.
         ScopedRegistry registry(commonKeyFile("\"Expand\"=hex(2):25,00,53,00,79,00,73,00,74,00,65,00,6d,00,52,00,\\\n"
                                               "  6f,00,6f,00,74,00,25,00,00,00\n"));
-        RegistryFile::Value raw;
-        QCOMPARE(RegistryFile::load(registry.path()).query(QStringLiteral("HKEY_LOCAL_MACHINE\\") + kCommon,
-                                                           QStringLiteral("Expand"), raw),
-                 RegistryFile::Success);
+        const RegistryFile::Value raw = storedValue(registry.path(), QStringLiteral("Expand"));
         QCOMPARE(raw.type, 2u);
         QCOMPARE(raw.data, QByteArray("%SystemRoot%\0", 13));
 
@@ -176,9 +178,8 @@ private slots:
     void missingKeyIsShown()
     {
         ScopedRegistry registry(commonKeyFile("\"SI Unit\"=\"1\"\n"));
-        const QVariant value =
-            ReadRegistryValue(RegistryRoot::LocalMachine, QStringLiteral("SOFTWARE\\Nowhere"), QStringLiteral("SI Unit"),
-                              true);
+        const QVariant value = ReadRegistryValue(RegistryRoot::LocalMachine, QStringLiteral("SOFTWARE\\Nowhere"),
+                                                 QStringLiteral("SI Unit"), true);
         QVERIFY(!value.isValid());
         QCOMPARE(m_boxes->count(), 1);
         QCOMPARE(m_boxes->last().text, kNotFound);
@@ -240,11 +241,9 @@ private slots:
     void stringOfOnlyItsNulIsEmpty()
     {
         ScopedRegistry registry(commonKeyFile("\"Empty\"=\"\"\n"));
-        RegistryFile::Value raw;
-        QCOMPARE(RegistryFile::load(registry.path()).query(QStringLiteral("HKEY_LOCAL_MACHINE\\") + kCommon,
-                                                           QStringLiteral("Empty"), raw),
-                 RegistryFile::Success);
-        QCOMPARE(raw.data.size(), 1);
+        const RegistryFile::Value raw = storedValue(registry.path(), QStringLiteral("Empty"));
+        QCOMPARE(raw.type, 1u);
+        QCOMPARE(raw.data, QByteArray("\0", 1));
 
         const QVariant value = ReadCommonValue(QStringLiteral("Empty"), true);
         QCOMPARE(value.typeId(), QMetaType::QString);

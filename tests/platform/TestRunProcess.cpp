@@ -45,10 +45,7 @@ private slots:
         QCOMPARE(file.readAll(), QByteArray("hello\n"));
     }
 
-    void aProgramThatFailsWasStillCreated()
-    {
-        QVERIFY(RunProcess(QStringLiteral("sh -c \"exit 3\""), true));
-    }
+    void aProgramThatFailsWasStillCreated() { QVERIFY(RunProcess(QStringLiteral("sh -c \"exit 3\""), true)); }
 
     void missingProgramIsNotCreated()
     {
@@ -74,7 +71,8 @@ private slots:
     void doEventsRunsPendingEvents()
     {
         bool ran = false;
-        QMetaObject::invokeMethod(this, [&ran] { ran = true; }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [&ran] { ran = true; }, Qt::QueuedConnection);
         QVERIFY(!ran);
         DoEvents();
         QVERIFY(ran);

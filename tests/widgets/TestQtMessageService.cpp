@@ -109,8 +109,8 @@ private slots:
         QTest::newRow("retry of abort/retry/ignore")
             << 2 << int(QMessageBox::Abort | QMessageBox::Retry | QMessageBox::Ignore) << int(QMessageBox::Abort)
             << int(QMessageBox::Retry) << 4;
-        QTest::newRow("cancel of retry/cancel") << 5 << int(QMessageBox::Retry | cancel) << int(QMessageBox::Retry)
-                                                << cancel << 2;
+        QTest::newRow("cancel of retry/cancel")
+            << 5 << int(QMessageBox::Retry | cancel) << int(QMessageBox::Retry) << cancel << 2;
     }
 
     void buttonsAndAnswers()
