@@ -213,23 +213,23 @@ void Recordset::Sort(const QString& criteria)
     const QStringList parts = criteria.split(QLatin1Char(','), Qt::SkipEmptyParts);
     for (const QString& part : parts)
     {
-        QString spec = part.trimmed();
-        if (spec.isEmpty())
+        QString term = part.trimmed();
+        if (term.isEmpty())
             continue;
         bool descending = false;
-        if (spec.endsWith(QLatin1String(" DESC"), Qt::CaseInsensitive))
+        if (term.endsWith(QLatin1String(" DESC"), Qt::CaseInsensitive))
         {
             descending = true;
-            spec.chop(5);
+            term.chop(5);
         }
-        else if (spec.endsWith(QLatin1String(" ASC"), Qt::CaseInsensitive))
+        else if (term.endsWith(QLatin1String(" ASC"), Qt::CaseInsensitive))
         {
-            spec.chop(4);
+            term.chop(4);
         }
-        spec = spec.trimmed();
-        if (spec.startsWith(QLatin1Char('[')) && spec.endsWith(QLatin1Char(']')))
-            spec = spec.mid(1, spec.size() - 2);
-        const int field = FieldIndex(spec);
+        term = term.trimmed();
+        if (term.startsWith(QLatin1Char('[')) && term.endsWith(QLatin1Char(']')))
+            term = term.mid(1, term.size() - 2);
+        const int field = FieldIndex(term);
         if (field < 0)
             raise(ErrorNumber::ItemNotFound);
         keys.push_back({field, descending});
