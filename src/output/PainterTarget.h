@@ -1,0 +1,110 @@
+#pragma once
+
+#include "output/OutputTarget.h"
+
+#include <QColor>
+#include <QFont>
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <optional>
+
+class QPaintDevice;
+
+// An output target that draws with a QPainter on a paint device: the base of
+// the printer and the picture targets. The scale is twips (1440 per inch)
+// with the origin at the page's top-left corner; a point (x, y) lands on the
+// device pixel (x, y) x dpi / 1440. Text metrics are those of the device's own
+// fonts (a printer measures with the printer's metrics), converted to twips.
+//
+// DrawWidth is a pen width in device pixels. PSet draws a round dot of
+// DrawWidth pixels, Circle an outline whose radius is in horizontal twips.
+// DrawStyle maps to the pen style: 0 solid, 1 dash, 2 dot, 3 dash-dot,
+// 4 dash-dot-dot, 5 no line.
+//
+// The painter is begun on the first drawing operation, not before, so a
+// target can be measured without starting a print job; a subclass may end it
+// (EndDoc on a printer) and the next drawing begins it again. The pen and the
+// font reach the painter only when they change, which keeps pages of many
+// thousand marks and cells cheap.
+class PainterTarget : public OutputTarget
+{
+public:
+    ~PainterTarget() override = default;
+
+    double ScaleLeft() const override { return 0; }
+    double ScaleTop() const override { return 0; }
+
+    double CurrentX() const override { return m_currentX; }
+    double CurrentY() const override { return m_currentY; }
+    void SetCurrentX(double x) override { m_currentX = x; }
+    void SetCurrentY(double y) override { m_currentY = y; }
+
+    void Print(const QString& text) override;
+    double TextWidth(const QString& text) override;
+    double TextHeight(const QString& text) override;
+
+    void SetFont(const QString& typeface) override;
+    QString Font() const override { return m_font.family(); }
+    void SetFontSize(double points) override;
+    double FontSize() const override { return m_font.pointSizeF(); }
+    void SetFontBold(bool bold) override;
+    bool FontBold() const override { return m_font.bold(); }
+
+    void SetForeColor(const QColor& color) override { m_foreColor = color; }
+    QColor ForeColor() const override { return m_foreColor; }
+    void SetDrawWidth(int pixels) override { m_drawWidth = pixels; }
+    int DrawWidth() const override { return m_drawWidth; }
+    void SetDrawStyle(int style) override { m_drawStyle = style; }
+    int DrawStyle() const override { return m_drawStyle; }
+
+    void Line(double x1, double y1, double x2, double y2, const QColor& color = QColor(), bool box = false) override;
+    void PSet(double x, double y, const QColor& color = QColor()) override;
+    void Circle(double x, double y, double radius, const QColor& color = QColor()) override;
+
+    // Device pixels per inch: the resolution the page is drawn at.
+    double dotsPerInch() const { return m_dotsPerInch; }
+
+protected:
+    PainterTarget() = default;
+
+    // The device that measures text and is painted on; a subclass tells its
+    // resolution with setResolution before the first measure.
+    virtual QPaintDevice* paintDevice() = 0;
+    void setResolution(double dotsPerInch);
+
+    // Begins the painter when it is not active yet; raises a printer error
+    // (RuntimeError 484) when the device cannot be painted on.
+    QPainter& painter();
+    bool isPainting() const { return m_painter.isActive(); }
+    // Subclasses end the painter in their destructor, while the device lives.
+    void endPainting();
+    void homePosition();
+
+private:
+    double toDevice(double twips) const { return twips * m_pixelsPerTwip; }
+    const QFontMetricsF& metrics();
+    void fontChanged();
+    void usePen(const QColor& color);
+
+    QPainter m_painter;
+    double m_dotsPerInch = 1440;
+    double m_pixelsPerTwip = 1;
+
+    double m_currentX = 0;
+    double m_currentY = 0;
+    QFont m_font = defaultFont();
+    std::optional<QFontMetricsF> m_metrics;
+    bool m_painterFontStale = true;
+    QColor m_foreColor = QColor(0, 0, 0);
+    int m_drawWidth = 1;
+    int m_drawStyle = 0;
+
+    // What the painter's pen is now, so that it is replaced only on a change.
+    bool m_painterPenStale = true;
+    QColor m_penColor;
+    int m_penWidth = 0;
+    int m_penStyle = 0;
+
+    static QFont defaultFont();
+};

@@ -1,0 +1,45 @@
+#include "output/modPrintGlobals.h"
+
+#include <QDir>
+#include <QPrinterInfo>
+#include <QStandardPaths>
+
+std::shared_ptr<OutputTarget> objPrint;
+QString strStartupPrinter;
+bool blnPrinterWarned = false;
+bool blnAppReady = false;
+
+namespace
+{
+// The resolution of an office laser printer: DrawWidth is in device pixels,
+// so lines on the PDF are as thick as on paper.
+constexpr int PdfDotsPerInch = 600;
+} // namespace
+
+std::unique_ptr<QPrinter> CreateSystemPrinter()
+{
+    QPrinterInfo info = QPrinterInfo::defaultPrinter();
+    if (info.isNull())
+    {
+        const QList<QPrinterInfo> printers = QPrinterInfo::availablePrinters();
+        if (!printers.isEmpty())
+            info = printers.first();
+    }
+    if (!info.isNull())
+        return std::make_unique<QPrinter>(info, QPrinter::HighResolution);
+
+    auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+    printer->setOutputFormat(QPrinter::PdfFormat);
+    printer->setResolution(PdfDotsPerInch);
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (folder.isEmpty())
+        folder = QDir::homePath();
+    printer->setOutputFileName(QDir(folder).filePath(QStringLiteral("QC Report.pdf")));
+    return printer;
+}
+
+std::shared_ptr<PrinterTarget> SystemPrinter()
+{
+    static const std::shared_ptr<PrinterTarget> printer = std::make_shared<PrinterTarget>(CreateSystemPrinter());
+    return printer;
+}
