@@ -1,0 +1,200 @@
+#include "common/TestMain.h"
+#include "common/TestStrings.h"
+#include "platform/RecordingMessageService.h"
+#include "widgets/ShowPrintSetup.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QPageSize>
+#include <QPrintDialog>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <functional>
+
+namespace
+{
+// Waits inside the dialog's own event loop until a modal window of type T is
+// up, then lets act work on it.
+template <typename T> void whenModalOpens(std::function<void(T*)> act)
+{
+    auto* poll = new QTimer(qApp);
+    poll->setInterval(10);
+    QObject::connect(poll, &QTimer::timeout, poll, [poll, act = std::move(act)] {
+        auto* window = qobject_cast<T*>(QApplication::activeModalWidget());
+        if (!window || !window->isVisible())
+            return;
+        poll->stop();
+        poll->deleteLater();
+        act(window);
+    });
+    poll->start();
+}
+
+void clickButton(QDialog* dialog, QDialogButtonBox::ButtonRole role)
+{
+    const auto boxes = dialog->findChildren<QDialogButtonBox*>();
+    for (QDialogButtonBox* box : boxes)
+    {
+        for (QAbstractButton* button : box->buttons())
+        {
+            if (box->buttonRole(button) == role)
+            {
+                button->click();
+                return;
+            }
+        }
+    }
+    // Without such a button the dialog is closed anyway; the test's checks then fail.
+    dialog->done(-1);
+}
+
+void acceptPrintDialog()
+{
+    whenModalOpens<QPrintDialog>([](QPrintDialog* dialog) { clickButton(dialog, QDialogButtonBox::AcceptRole); });
+}
+
+void cancelPrintDialog()
+{
+    whenModalOpens<QPrintDialog>([](QPrintDialog* dialog) { clickButton(dialog, QDialogButtonBox::RejectRole); });
+}
+} // namespace
+
+class TestShowPrintSetup : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    std::shared_ptr<PrinterTarget> m_printer;
+    QString m_savedStartupPrinter;
+    bool m_savedWarned = false;
+
+    // A PDF printer on Letter paper, writing into the test's own folder.
+    std::shared_ptr<PrinterTarget> pdfPrinter()
+    {
+        auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+        printer->setOutputFormat(QPrinter::PdfFormat);
+        printer->setResolution(600);
+        printer->setPageSize(QPageSize(QPageSize::Letter));
+        printer->setPageOrientation(QPageLayout::Portrait);
+        printer->setOutputFileName(m_dir.filePath(QStringLiteral("setup.pdf")));
+        return std::make_shared<PrinterTarget>(std::move(printer));
+    }
+
+private slots:
+    void init()
+    {
+        m_savedStartupPrinter = strStartupPrinter;
+        m_savedWarned = blnPrinterWarned;
+        m_printer = pdfPrinter();
+        strStartupPrinter = m_printer->DeviceName();
+        blnPrinterWarned = false;
+    }
+
+    void cleanup()
+    {
+        strStartupPrinter = m_savedStartupPrinter;
+        blnPrinterWarned = m_savedWarned;
+        m_printer.reset();
+    }
+
+    void acceptingReturnsTheSystemPrinter()
+    {
+        ScopedTestStrings strings;
+        RecordingMessageService boxes;
+        QString title;
+        bool pageRange = true;
+        bool selection = true;
+        whenModalOpens<QPrintDialog>([&](QPrintDialog* dialog) {
+            title = dialog->windowTitle();
+            pageRange = dialog->testOption(QAbstractPrintDialog::PrintPageRange);
+            selection = dialog->testOption(QAbstractPrintDialog::PrintSelection);
+            clickButton(dialog, QDialogButtonBox::AcceptRole);
+        });
+        const std::shared_ptr<PrinterTarget> chosen = ShowPrintSetup(nullptr, m_printer);
+        QCOMPARE(chosen.get(), m_printer.get());
+        QCOMPARE(title, QStringLiteral("Print Setup"));
+        QVERIFY(!pageRange);
+        QVERIFY(!selection);
+        // The same printer as at start-up: no notice.
+        QCOMPARE(boxes.count(), 0);
+        QVERIFY(!blnPrinterWarned);
+        QCOMPARE(chosen->ScaleWidth(), 12240.0);
+    }
+
+    void cancellingGivesNothing()
+    {
+        ScopedTestStrings strings;
+        RecordingMessageService boxes;
+        strStartupPrinter = QStringLiteral("Lab LaserJet");
+        cancelPrintDialog();
+        QVERIFY(ShowPrintSetup(nullptr, m_printer) == nullptr);
+        QCOMPARE(boxes.count(), 0);
+        QVERIFY(!blnPrinterWarned);
+        QCOMPARE(m_printer->ScaleWidth(), 12240.0);
+    }
+
+    void anotherPrinterThanAtStartUpIsNoticedOnce()
+    {
+        ScopedTestStrings strings;
+        RecordingMessageService boxes;
+        strStartupPrinter = QStringLiteral("Lab LaserJet");
+
+        acceptPrintDialog();
+        QCOMPARE(ShowPrintSetup(nullptr, m_printer).get(), m_printer.get());
+        QCOMPARE(boxes.count(), 1);
+        QCOMPARE(boxes.last().text, QStringLiteral("T4102"));
+        QCOMPARE(boxes.last().style, 0);
+        QVERIFY(blnPrinterWarned);
+
+        acceptPrintDialog();
+        QCOMPARE(ShowPrintSetup(nullptr, m_printer).get(), m_printer.get());
+        QCOMPARE(boxes.count(), 1);
+
+        cancelPrintDialog();
+        QVERIFY(ShowPrintSetup(nullptr, m_printer) == nullptr);
+        QCOMPARE(boxes.count(), 1);
+    }
+
+    void orientationChosenInTheDialogIsThePrinters()
+    {
+        ScopedTestStrings strings;
+        RecordingMessageService boxes;
+        bool landscapeFound = false;
+        whenModalOpens<QPrintDialog>([&](QPrintDialog* dialog) {
+            // Page orientation lives in the printer's properties dialog.
+            whenModalOpens<QDialog>([&, dialog](QDialog* properties) {
+                if (properties == dialog)
+                    return;
+                if (auto* landscape = properties->findChild<QAbstractButton*>(QStringLiteral("landscape")))
+                {
+                    landscapeFound = true;
+                    landscape->click();
+                }
+                clickButton(properties, QDialogButtonBox::AcceptRole);
+                QTimer::singleShot(0, dialog, [dialog] { clickButton(dialog, QDialogButtonBox::AcceptRole); });
+            });
+            dialog->findChild<QAbstractButton*>(QStringLiteral("properties"))->click();
+        });
+        const std::shared_ptr<PrinterTarget> chosen = ShowPrintSetup(nullptr, m_printer);
+        QVERIFY(landscapeFound);
+        QVERIFY(chosen);
+        QCOMPARE(chosen->printer().pageLayout().orientation(), QPageLayout::Landscape);
+        QCOMPARE(chosen->ScaleWidth(), 15840.0);
+        QCOMPARE(chosen->ScaleHeight(), 12240.0);
+    }
+
+    void noPrinterGivesNothing()
+    {
+        RecordingMessageService boxes;
+        QVERIFY(ShowPrintSetup(nullptr, nullptr) == nullptr);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+        QCOMPARE(boxes.count(), 0);
+    }
+};
+
+CALVEX_TEST(TestShowPrintSetup)
+#include "TestShowPrintSetup.moc"
