@@ -1,0 +1,167 @@
+#include "app/frmMain.h"
+
+#include "app/HelpFile.h"
+#include "app/ProgramExit.h"
+#include "app/modTimerHook.h"
+#include "components/modCalcObject.h"
+#include "platform/Clock.h"
+#include "platform/MessageService.h"
+#include "platform/RuntimeError.h"
+#include "platform/VbConversions.h"
+#include "platform/modResource.h"
+#include "widgets/EventGuard.h"
+
+#include <QCloseEvent>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+frmMain::frmMain(QWidget* parent)
+    : QWidget(parent)
+{
+    setObjectName(QStringLiteral("frmMain"));
+    setWindowTitle(QStringLiteral("Calvex QC Reports"));
+
+    auto* layout = new QVBoxLayout(this);
+    auto* top = new QHBoxLayout;
+    m_search = new SubjectSearchPanel(this);
+    m_dates = new DateRangePanel(this);
+    top->addWidget(m_search, 1);
+    top->addWidget(m_dates);
+    layout->addLayout(top);
+
+    m_tabs = new ReportTabsPanel(*this, this);
+    layout->addWidget(m_tabs, 1);
+
+    auto* line = new QFrame(this);
+    line->setFrameShape(QFrame::HLine);
+    line->setFrameShadow(QFrame::Sunken);
+    layout->addWidget(line);
+
+    auto* bottom = new QHBoxLayout;
+    m_run = new ReportRunPanel(this);
+    bottom->addWidget(m_run);
+    bottom->addStretch(1);
+    cmdHelp = new QPushButton(QStringLiteral("&Help"), this);
+    cmdHelp->setObjectName(QStringLiteral("cmdHelp"));
+    cmdCancel = new QPushButton(QStringLiteral("&Cancel"), this);
+    cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
+    for (QPushButton* button : {cmdHelp, cmdCancel})
+    {
+        button->setAutoDefault(false);
+        bottom->addWidget(button);
+    }
+    layout->addLayout(bottom);
+
+    connect(cmdHelp, &QPushButton::clicked, this, [this] { cmdHelp_Click(); });
+    connect(cmdCancel, &QPushButton::clicked, this, [this] { cmdCancel_Click(); });
+
+    // The auto-logout counts idle seconds on this timer.
+    ActivityTimer = new QTimer(this);
+    ActivityTimer->setObjectName(QStringLiteral("ActivityTimer"));
+    ActivityTimer->setInterval(1000);
+    ActivityTimer->start();
+
+    resize(960, 680);
+}
+
+frmMain::~frmMain()
+{
+    if (m_splash)
+        delete m_splash.data();
+}
+
+bool frmMain::IsModified(int tab) const
+{
+    return m_blnModified.at(std::size_t(tab));
+}
+
+void frmMain::SetReportDirty(int tab, bool value)
+{
+    m_blnModified.at(std::size_t(tab)) = value && !m_blnLoading;
+}
+
+bool frmMain::ConfirmDiscardChanges(int tab, const QString& title)
+{
+    if (tab < 0 || tab >= ReportTabsPanel::TabCount)
+        throw RuntimeError(ErrorNumber::SubscriptOutOfRange, QStringLiteral("ConfirmDiscardChanges"),
+                           QStringLiteral("Subscript out of range"));
+    if (!m_blnModified[std::size_t(tab)])
+        return true;
+    if (MsgBox(GetResourceText(4082), MsgStyle::YesNo + MsgStyle::Question, title) == MsgAnswer::Yes)
+    {
+        SetReportDirty(tab, false);
+        return true;
+    }
+    return false;
+}
+
+QString frmMain::SelectedPatientName() const
+{
+    return m_search->txtPatientName->text();
+}
+
+QString frmMain::SelectedPatientID() const
+{
+    return strCurrentPatientID;
+}
+
+QString frmMain::FromDateText() const
+{
+    return m_dates->mskDate[0]->Text();
+}
+
+QString frmMain::ToDateText() const
+{
+    return m_dates->mskDate[1]->Text();
+}
+
+void frmMain::ResetDateRange()
+{
+    m_dates->mskDate[0]->SetText(QString());
+    m_dates->mskDate[1]->SetText(FormatMonthDayYear(Clock::today()));
+}
+
+void frmMain::Unload()
+{
+    if (!m_unloaded)
+    {
+        m_unloaded = true;
+        Form_Unload();
+    }
+    close();
+}
+
+void frmMain::closeEvent(QCloseEvent* event)
+{
+    if (!m_unloaded)
+    {
+        m_unloaded = true;
+        Form_Unload();
+    }
+    event->accept();
+}
+
+void frmMain::Form_Unload()
+{
+    // Each step runs even when one before it failed: the engine must hear of the close.
+    RunGuarded([] { ReleasePatient(); }, m_strMsgTitle);
+    RunGuarded([] { RemoveActivityHooks(); }, m_strMsgTitle);
+    RunGuarded([this] { CloseApplication(m_blnAutoLogout); }, m_strMsgTitle);
+}
+
+void frmMain::EndProgram()
+{
+    Unload();
+    ProgramExit();
+}
+
+void frmMain::cmdHelp_Click()
+{
+    ShowHelpFile();
+}
+
+void frmMain::cmdCancel_Click()
+{
+    EndProgram();
+}

@@ -1,0 +1,209 @@
+// The saved-report lists of the tabs: listing at start-up, opening a
+// definition into its tab's grid, and starting a new definition.
+#include "reports/ReportTabsPanel.h"
+
+#include "components/QCReportStore.h"
+#include "components/modCalcObject.h"
+#include "platform/MessageService.h"
+#include "platform/Process.h"
+#include "platform/RuntimeError.h"
+#include "platform/VbConversions.h"
+#include "platform/modResource.h"
+#include "reports/SIUnitSetting.h"
+#include "widgets/ComboList.h"
+
+#include <QSignalBlocker>
+
+#include <memory>
+
+namespace
+{
+constexpr qint32 ObjectNotSet = 91;
+constexpr qint32 NoSuchControlArrayElement = 340;
+
+[[noreturn]] void noSuchTab(qint32 tab, const char* where)
+{
+    throw RuntimeError(NoSuchControlArrayElement, QLatin1String(where),
+                       QStringLiteral("Control array element '%1' doesn't exist").arg(tab));
+}
+
+// The parameter-row fields in grid column order.
+const char* const kParameterFields[ReportTabsPanel::GridCols] = {
+    "QCUserName", "ParamsUserName", "ParamsUnit", "ShowInGraph", "ShowInTable", "QCTableID", "ParamsDefID", "Decimal"};
+
+// Trim(value & ""), with a Boolean written "True" or "False".
+QString cellText(const QVariant& value)
+{
+    if (value.typeId() == QMetaType::Bool)
+        return value.toBool() ? QStringLiteral("True") : QStringLiteral("False");
+    return TextOf(value).trimmed();
+}
+} // namespace
+
+void ReportTabsPanel::ListSavedReports()
+{
+    for (int i = 0; i < TabCount; ++i)
+    {
+        ComboList::Clear(cboReports[i]);
+        ComboList::AddItem(cboReports[i], QLatin1Char('(') + GetResourceText(4114) + QLatin1Char(')'));
+        m_host.SetReportDirty(i, false);
+    }
+
+    auto store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
+    RecordsetPtr rs = store->ListReports();
+    if (!rs)
+        throw RuntimeError(ObjectNotSet, QStringLiteral("ListSavedReports"),
+                           QStringLiteral("Object variable or With block variable not set"));
+    try
+    {
+        while (!rs->IsEOF())
+        {
+            const QString name = TextOf(rs->Value(QStringLiteral("QCReportName")));
+            const qint32 tab = WholeNumberOfZeroPrefixed(rs->Value(QStringLiteral("QCReportType")));
+            if (tab < 0 || tab >= TabCount)
+                noSuchTab(tab, "ListSavedReports");
+            ComboList::AddItem(cboReports[tab], name);
+            ComboList::SetItemData(cboReports[tab], cboReports[tab]->count() - 1,
+                                   ToWholeNumber(rs->Value(QStringLiteral("QCReportID"))));
+            rs->MoveNext();
+            DoEvents();
+        }
+        rs->Close();
+    }
+    catch (const RuntimeError&)
+    {
+        if (rs->IsOpen())
+            rs->Close();
+        throw;
+    }
+}
+
+void ReportTabsPanel::SelectFirstReports()
+{
+    // The count includes the placeholder, so position 1 is asked for even on a
+    // tab without saved definitions, where it does not exist.
+    for (int t = 0; t < TabCount; ++t)
+        ComboList::SetListIndex(cboReports[t], cboReports[t]->count() != 0 ? 1 : 0);
+}
+
+void ReportTabsPanel::cboReports_Click(int Index)
+{
+    std::unique_ptr<QCReportStore> store;
+    RecordsetPtr rs;
+    try
+    {
+        QComboBox* list = cboReports[Index];
+        if (list->currentIndex() == 0)
+        {
+            // The placeholder stands for a new definition.
+            UpdateSaveAsButton(Index);
+            cmdDelete->setEnabled(false);
+            cmdNew_Click();
+            return;
+        }
+        if (m_host.IsLoading())
+            return;
+
+        const bool ok = m_host.ConfirmDiscardChanges(Index, GetResourceText(4054));
+        m_host.SetLoading(true);
+        if (!ok)
+        {
+            // Back to the definition the grid still holds, without opening it again.
+            const QSignalBlocker blocker(list);
+            ComboList::SetListIndex(list, m_lngPrevReportIndex[Index]);
+            m_host.SetLoading(false);
+            return;
+        }
+        m_lngPrevReportIndex[Index] = list->currentIndex();
+        const qint32 id = ComboList::ItemData(list, list->currentIndex());
+
+        store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
+        if (blnCanEditReports)
+            cmdDelete->setEnabled(store->CanDeleteReport(id, QString()));
+        else
+            cmdDelete->setEnabled(false);
+
+        const bool siUnits = ReadSIUnitSetting();
+        qint32 tab = 0;
+        rs = store->OpenReport(id, siUnits, tab);
+        if (!rs)
+        {
+            MsgBox(GetResourceText(4055), MsgStyle::Exclamation, m_host.MsgTitle());
+            m_host.SetLoading(false);
+            return;
+        }
+        if (rs->IsBOF() && rs->IsEOF())
+        {
+            MsgBox(GetResourceText(4056), MsgStyle::Exclamation, m_host.MsgTitle());
+            rs->Close();
+            m_host.SetLoading(false);
+            return;
+        }
+        if (tab < 0 || tab >= TabCount)
+            noSuchTab(tab, "cboReports_Click");
+
+        LoadReportParameters(tab, *rs);
+        SetCurrentTab(tab);
+        SizeGridColumns(tab);
+        UpdateSaveAsButton(tab);
+        msfgVariable[tab]->SetTag(QString::number(id));
+        CountSelectedTotals(tab);
+        UpdateVariableButtons(tab);
+        m_host.SetReportDirty(tab, false);
+        rs->Close();
+        m_host.SetLoading(false);
+    }
+    catch (const RuntimeError& error)
+    {
+        if (rs && rs->IsOpen())
+            rs->Close();
+        store.reset();
+        MsgBox(error.description(), MsgStyle::Exclamation, m_host.MsgTitle());
+        m_host.SetLoading(false);
+    }
+}
+
+void ReportTabsPanel::LoadReportParameters(int Index, Recordset& rs)
+{
+    FlexGrid* grid = msfgVariable[Index];
+    grid->SetRows(1);
+    grid->SetRows(2);
+    while (!rs.IsEOF())
+    {
+        grid->SetRows(grid->Rows() + 1);
+        const int row = grid->Rows() - 2;
+        for (int c = 0; c < GridCols; ++c)
+            grid->SetTextMatrix(row, c, cellText(rs.Value(QLatin1String(kParameterFields[c]))));
+        grid->SetRow(row);
+        grid->SetCol(2);
+        grid->SetCellAlignment(FlexGrid::flexAlignLeftCenter);
+        rs.MoveNext();
+    }
+    ShowSelectedVariable(Index, 1);
+}
+
+void ReportTabsPanel::cmdNew_Click()
+{
+    const int tab = CurrentTab();
+    if (!m_host.ConfirmDiscardChanges(tab, GetResourceText(4063)))
+        return;
+
+    // Leaving a saved definition for the placeholder runs this procedure once
+    // more from the list's handler; both runs end in the same state.
+    ComboList::SetListIndex(cboReports[tab], 0);
+    ComboList::SetListIndex(cboTable[tab], 0);
+    ComboList::SetListIndex(cboVariable[tab], 0);
+
+    FlexGrid* grid = msfgVariable[tab];
+    grid->SetRows(1);
+    grid->SetRows(2);
+    grid->SetRow(0);
+    const bool rowChosen = grid->Row() >= 1 && grid->Row() < grid->Rows() - 1 && grid->Rows() > 2;
+    cmdVarRemove[tab]->setEnabled(rowChosen);
+    cmdVarUpdate[tab]->setEnabled(rowChosen);
+    // The counters follow the emptied grid; the limits of nine are checked against them.
+    CountSelectedTotals(tab);
+
+    m_host.ResetDateRange();
+    m_host.SetReportDirty(tab, false);
+}
