@@ -1,0 +1,218 @@
+#include "suite/SuiteSchema.h"
+
+#include "platform/RuntimeError.h"
+#include "suite/SuiteCatalogue.h"
+#include "suite/SuiteDatabase.h"
+#include "suite/SuiteTransaction.h"
+
+#include <QSqlQuery>
+
+namespace
+{
+// Serialises migrations of workstations that start at the same moment on one
+// PostgreSQL database (an arbitrary number, the same in every program).
+constexpr qint64 kMigrationLock = 7305126;
+
+const QString kIdentity = QStringLiteral("{ID}");
+
+QStringList stepStatements(int step)
+{
+    switch (step)
+    {
+    case 1:
+        return {
+            QStringLiteral("CREATE TABLE schema_version (version INTEGER NOT NULL)"),
+            QStringLiteral("INSERT INTO schema_version (version) VALUES (0)"),
+            QStringLiteral("CREATE TABLE patients ("
+                           "patient_id {ID}, "
+                           "id_num VARCHAR(40) NOT NULL UNIQUE, id_key VARCHAR(40) NOT NULL, "
+                           "last_name VARCHAR(80) NOT NULL, last_key VARCHAR(80) NOT NULL, "
+                           "first_name VARCHAR(80), first_key VARCHAR(80), "
+                           "mid_name VARCHAR(80), mid_key VARCHAR(80), "
+                           "birthday DATE)"),
+            QStringLiteral("CREATE INDEX patients_id_key ON patients (id_key)"),
+            QStringLiteral("CREATE INDEX patients_name_key ON patients (last_key, first_key)"),
+            QStringLiteral("CREATE TABLE test_tables ("
+                           "table_id {ID}, "
+                           "tab SMALLINT NOT NULL CHECK (tab IN (0, 1)), "
+                           "name VARCHAR(60) NOT NULL, "
+                           "sort_order INTEGER NOT NULL, "
+                           "UNIQUE (tab, name))"),
+            QStringLiteral("CREATE TABLE variables ("
+                           "var_id {ID}, "
+                           "tab SMALLINT NOT NULL CHECK (tab IN (0, 1)), "
+                           "name VARCHAR(60) NOT NULL, "
+                           "unit VARCHAR(30), si_unit VARCHAR(30), "
+                           "si_factor DOUBLE PRECISION NOT NULL DEFAULT 1, "
+                           "si_offset DOUBLE PRECISION NOT NULL DEFAULT 0, "
+                           "decimal_places INTEGER NOT NULL DEFAULT 2, "
+                           "sort_order INTEGER NOT NULL, "
+                           "UNIQUE (tab, name))"),
+            QStringLiteral("CREATE TABLE visits ("
+                           "visit_id {ID}, "
+                           "patient_id INTEGER NOT NULL REFERENCES patients (patient_id), "
+                           "visit_date DATE NOT NULL, "
+                           "tab SMALLINT NOT NULL CHECK (tab IN (0, 1)))"),
+            QStringLiteral("CREATE INDEX visits_patient_date ON visits (patient_id, visit_date)"),
+            QStringLiteral("CREATE TABLE results ("
+                           "visit_id INTEGER NOT NULL REFERENCES visits (visit_id) ON DELETE CASCADE, "
+                           "table_id INTEGER NOT NULL REFERENCES test_tables (table_id), "
+                           "var_id INTEGER NOT NULL REFERENCES variables (var_id), "
+                           "result_value DOUBLE PRECISION, "
+                           "PRIMARY KEY (visit_id, table_id, var_id))"),
+            QStringLiteral("CREATE TABLE qc_reports ("
+                           "report_id {ID}, "
+                           "name VARCHAR(100) NOT NULL, name_key VARCHAR(100) NOT NULL, "
+                           "tab SMALLINT NOT NULL CHECK (tab IN (0, 1)), "
+                           "saved_by VARCHAR(80), saved_at TIMESTAMP)"),
+            QStringLiteral("CREATE INDEX qc_reports_name_key ON qc_reports (name_key)"),
+            QStringLiteral("CREATE TABLE qc_report_params ("
+                           "report_id INTEGER NOT NULL REFERENCES qc_reports (report_id) ON DELETE CASCADE, "
+                           "param_order INTEGER NOT NULL, "
+                           "table_id INTEGER NOT NULL REFERENCES test_tables (table_id), "
+                           "var_id INTEGER NOT NULL REFERENCES variables (var_id), "
+                           "show_in_graph SMALLINT NOT NULL, show_in_table SMALLINT NOT NULL, "
+                           "decimal_places INTEGER NOT NULL, "
+                           "PRIMARY KEY (report_id, param_order))"),
+            QStringLiteral("CREATE TABLE users ("
+                           "user_name VARCHAR(80) PRIMARY KEY, user_key VARCHAR(80) NOT NULL UNIQUE, "
+                           "full_name VARCHAR(120), "
+                           "auto_logout_minutes INTEGER NOT NULL DEFAULT 0)"),
+            QStringLiteral("CREATE TABLE user_rights ("
+                           "user_name VARCHAR(80) NOT NULL REFERENCES users (user_name) ON DELETE CASCADE, "
+                           "right_number INTEGER NOT NULL, "
+                           "PRIMARY KEY (user_name, right_number))"),
+        };
+    case 2:
+        return {
+            QStringLiteral("ALTER TABLE users ADD COLUMN disabled SMALLINT NOT NULL DEFAULT 0"),
+            QStringLiteral("CREATE TABLE audit_log ("
+                           "entry_id {ID}, "
+                           "logged_at TIMESTAMP NOT NULL, "
+                           "user_name VARCHAR(80) NOT NULL, "
+                           "application INTEGER NOT NULL, "
+                           "event_kind VARCHAR(40) NOT NULL, "
+                           "event_code INTEGER, "
+                           "patient_id_num VARCHAR(40), "
+                           "auto_logout SMALLINT)"),
+            QStringLiteral("CREATE INDEX audit_log_time ON audit_log (logged_at)"),
+        };
+    default:
+        return {};
+    }
+}
+
+QString identityColumn(const SuiteDatabase& db)
+{
+    // SQLite's AUTOINCREMENT never hands out a number again, not even the
+    // largest after it was deleted: a saved definition always gets a new ID.
+    return db.isPostgres() ? QStringLiteral("INTEGER GENERATED BY DEFAULT AS IDENTITY PRIMARY KEY")
+                           : QStringLiteral("INTEGER PRIMARY KEY AUTOINCREMENT");
+}
+
+[[noreturn]] void refuse(const QString& description)
+{
+    throw RuntimeError(SuiteDatabase::ErrorQueryFailed, SuiteDatabase::ErrorSource, description);
+}
+
+// Tables that are not the database's own bookkeeping.
+QStringList userTables(SuiteDatabase& db)
+{
+    QStringList tables = db.connection().tables(QSql::Tables);
+    tables.removeIf([](const QString& name) { return name.startsWith(QLatin1String("sqlite_")); });
+    return tables;
+}
+} // namespace
+
+QStringList SuiteSchema::tableNames()
+{
+    return {QStringLiteral("schema_version"), QStringLiteral("patients"),        QStringLiteral("test_tables"),
+            QStringLiteral("variables"),      QStringLiteral("visits"),          QStringLiteral("results"),
+            QStringLiteral("qc_reports"),     QStringLiteral("qc_report_params"), QStringLiteral("users"),
+            QStringLiteral("user_rights"),    QStringLiteral("audit_log")};
+}
+
+int SuiteSchema::version(SuiteDatabase& db)
+{
+    if (!db.tableExists(QStringLiteral("schema_version")))
+        return 0;
+    return db.scalar(QStringLiteral("SELECT MAX(version) FROM schema_version")).toInt();
+}
+
+int SuiteSchema::migrate(SuiteDatabase& db, int target)
+{
+    const int before = version(db);
+    if (before > CurrentVersion)
+        refuse(QStringLiteral("The QC database has schema version %1, newer than this program knows (%2). "
+                              "Install the newer program.")
+                   .arg(before)
+                   .arg(CurrentVersion));
+    if (before == 0 && !userTables(db).isEmpty())
+        refuse(QStringLiteral("The database holds tables but no QC schema version; it is not a QC database."));
+    for (int step = before + 1; step <= target && step <= CurrentVersion; ++step)
+        applyStep(db, step);
+    return before;
+}
+
+void SuiteSchema::applyStep(SuiteDatabase& db, int step)
+{
+    SuiteTransaction transaction(db);
+    if (db.isPostgres())
+        db.exec(QStringLiteral("SELECT pg_advisory_xact_lock(?)"), {kMigrationLock});
+    // Another workstation may have taken the step while this one waited.
+    if (version(db) >= step)
+    {
+        transaction.commit();
+        return;
+    }
+    const QString identity = identityColumn(db);
+    const QStringList statements = stepStatements(step);
+    for (QString sql : statements)
+        db.exec(sql.replace(kIdentity, identity));
+    if (step == 1)
+        SuiteCatalogue::install(db);
+    db.exec(QStringLiteral("UPDATE schema_version SET version = ?"), {step});
+    transaction.commit();
+}
+
+QStringList SuiteSchema::checkIntegrity(SuiteDatabase& db)
+{
+    QStringList problems;
+    const int current = version(db);
+    if (current != CurrentVersion)
+        problems.append(QStringLiteral("The schema has version %1; this program needs version %2.")
+                            .arg(current)
+                            .arg(CurrentVersion));
+    for (const QString& table : tableNames())
+    {
+        if (!db.tableExists(table))
+            problems.append(QStringLiteral("The table %1 is missing.").arg(table));
+    }
+    if (!problems.isEmpty())
+        return problems;
+
+    for (qint16 tab = 0; tab <= 1; ++tab)
+    {
+        const QString tabName = tab == 0 ? QStringLiteral("PF") : QStringLiteral("GX");
+        if (db.scalar(QStringLiteral("SELECT COUNT(*) FROM test_tables WHERE tab = ?"), {tab}).toInt() == 0)
+            problems.append(QStringLiteral("The catalogue has no test table for %1.").arg(tabName));
+        if (db.scalar(QStringLiteral("SELECT COUNT(*) FROM variables WHERE tab = ?"), {tab}).toInt() == 0)
+            problems.append(QStringLiteral("The catalogue has no variable for %1.").arg(tabName));
+    }
+
+    if (!db.isPostgres())
+    {
+        QSqlQuery check = db.exec(QStringLiteral("PRAGMA integrity_check"));
+        while (check.next())
+        {
+            const QString line = check.value(0).toString();
+            if (line != QLatin1String("ok"))
+                problems.append(QStringLiteral("The database file is damaged: %1").arg(line));
+        }
+        QSqlQuery keys = db.exec(QStringLiteral("PRAGMA foreign_key_check"));
+        if (keys.next())
+            problems.append(QStringLiteral("The table %1 has rows that refer to missing rows of %2.")
+                                .arg(keys.value(0).toString(), keys.value(2).toString()));
+    }
+    return problems;
+}

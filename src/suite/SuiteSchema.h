@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+class SuiteDatabase;
+
+// The suite's tables, created and migrated step by step. The same statements
+// run on SQLite and PostgreSQL (only the self-numbering key column is spelled
+// per database). Every step runs in one transaction together with the version
+// it reaches, so a failed step leaves the database at the version before it.
+// Steps only add: no step drops or rewrites stored rows.
+//
+// Versions:
+//   1  patients, catalogue (test tables, variables), visits, results, report
+//      definitions and their parameter rows, users and their rights
+//   2  the audit log, and a disabled flag for users
+class SuiteSchema
+{
+public:
+    static constexpr int CurrentVersion = 2;
+
+    // The version of the database's schema; 0 when it has none yet.
+    static int version(SuiteDatabase& db);
+
+    // Brings the schema up to target (default: the current version) and
+    // returns the version it had before. Refuses a database with tables of
+    // another kind, and one made by a newer program.
+    static int migrate(SuiteDatabase& db, int target = CurrentVersion);
+
+    // What is wrong with the database, one sentence each; empty when it is
+    // sound: the schema version, the tables, the catalogue, and on SQLite the
+    // file's own integrity and foreign-key checks.
+    static QStringList checkIntegrity(SuiteDatabase& db);
+
+    // Every table of the current version.
+    static QStringList tableNames();
+
+private:
+    static void applyStep(SuiteDatabase& db, int step);
+};

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+// Where the suite's database lives and the site's defaults for users the
+// database does not list, as the suite's common registry key holds them:
+// "Database Driver" ("QSQLITE" or "QPSQL"), "Database Name" (the SQLite file
+// or the PostgreSQL database), "Database Host", "Database Port",
+// "Database User", "Database Password", "Demo Database" (1 = the embedded
+// demo database), "Default Rights" ("500,501") and
+// "Default Auto Logout Minutes". A missing value reads as empty.
+struct SuiteSettings
+{
+    QString driver = SqliteDriver;
+    QString databaseName;
+    QString host;
+    qint32 port = 0;
+    QString user;
+    QString password;
+    bool demo = false;
+    QString defaultRights;
+    qint32 defaultAutoLogoutMinutes = 0;
+
+    static inline const QString SqliteDriver = QStringLiteral("QSQLITE");
+    static inline const QString PostgresDriver = QStringLiteral("QPSQL");
+
+    // Reads the values afresh. Without a database name the embedded demo file
+    // in the user's data folder is meant.
+    static SuiteSettings fromRegistry();
+    static QString defaultDemoPath();
+
+    bool isPostgres() const { return driver == PostgresDriver; }
+    // The rights of "Default Rights"; numbers that do not read as such are left out.
+    QList<qint32> defaultRightList() const;
+    // Names the database (driver, place and user) for messages and for
+    // keeping one connection per database.
+    QString describe() const;
+};
