@@ -1,0 +1,136 @@
+#include "suite/NorrixCalcEngine.h"
+
+#include "platform/Clock.h"
+#include "platform/RuntimeError.h"
+#include "suite/SuiteSchema.h"
+#include "suite/SuiteText.h"
+#include "suite/SuiteTransaction.h"
+
+namespace
+{
+const QString kSource = QStringLiteral("NorrixExCalcLib.NorrixExCalc");
+constexpr qint32 kInvalidProcedureCall = 5;
+} // namespace
+
+NorrixCalcEngine::NorrixCalcEngine()
+    : NorrixCalcEngine(SuiteSettings::fromRegistry())
+{
+}
+
+NorrixCalcEngine::NorrixCalcEngine(SuiteSettings settings)
+    : m_db(std::move(settings))
+{
+}
+
+const SuiteUser& NorrixCalcEngine::user()
+{
+    if (!m_user)
+    {
+        const QString name = SuiteUser::currentName();
+        try
+        {
+            m_user = SuiteUser::load(m_db, name);
+        }
+        catch (const RuntimeError&)
+        {
+            m_user = SuiteUser::defaults(m_db.settings(), name);
+        }
+    }
+    return *m_user;
+}
+
+qint32 NorrixCalcEngine::OpenApplication(qint32 applicationNumber)
+{
+    if (applicationNumber != ApplicationNumber)
+        return OpenUnknownApplication;
+    try
+    {
+        log(AuditSessionOpened, applicationNumber, QVariant(), QVariant(), QVariant());
+    }
+    catch (const RuntimeError&)
+    {
+        // An unreachable database is the start check's to report.
+    }
+    return 0;
+}
+
+bool NorrixCalcEngine::HasRight(qint32 right)
+{
+    return user().hasRight(right);
+}
+
+qint32 NorrixCalcEngine::AutoLogoutMinutes()
+{
+    return user().autoLogoutMinutes;
+}
+
+qint32 NorrixCalcEngine::StartCheck()
+{
+    m_reason.clear();
+    int version = 0;
+    SuiteUser current;
+    try
+    {
+        version = SuiteSchema::version(m_db);
+        if (version == SuiteSchema::CurrentVersion)
+            current = SuiteUser::load(m_db, SuiteUser::currentName());
+    }
+    catch (const RuntimeError& error)
+    {
+        m_reason = error.description();
+        return StartDatabaseUnreachable;
+    }
+    if (version < SuiteSchema::CurrentVersion)
+    {
+        m_reason = QStringLiteral("The QC database has schema version %1; this program needs version %2. "
+                                  "Run \"NorrixDBQuery auto\" to bring it up to date.")
+                       .arg(version)
+                       .arg(SuiteSchema::CurrentVersion);
+        return StartSchemaOutdated;
+    }
+    if (version > SuiteSchema::CurrentVersion)
+    {
+        m_reason = QStringLiteral("The QC database has schema version %1, newer than this program knows (%2).")
+                       .arg(version)
+                       .arg(SuiteSchema::CurrentVersion);
+        return StartSchemaNewer;
+    }
+    if (current.disabled)
+    {
+        m_reason = QStringLiteral("The user \"%1\" is disabled in the QC database.").arg(current.name);
+        return StartUserDisabled;
+    }
+    return StartAllowed;
+}
+
+QString NorrixCalcEngine::StartCheckReason()
+{
+    return m_reason;
+}
+
+void NorrixCalcEngine::PatientNotify(qint32 eventCode, qint32 applicationNumber, qint32 reserved,
+                                     const QString& patientId)
+{
+    Q_UNUSED(reserved);
+    if (eventCode != EventPatientTaken && eventCode != EventPatientReleased)
+        throw RuntimeError(kInvalidProcedureCall, kSource,
+                           QStringLiteral("The patient notification %1 is unknown.").arg(eventCode));
+    log(eventCode == EventPatientTaken ? AuditPatientTaken : AuditPatientReleased, applicationNumber, eventCode,
+        patientId, QVariant());
+}
+
+void NorrixCalcEngine::CloseApplication(qint32 applicationNumber, bool autoLogout)
+{
+    log(AuditSessionClosed, applicationNumber, QVariant(), QVariant(), qint32(autoLogout));
+}
+
+void NorrixCalcEngine::log(const QString& kind, qint32 application, const QVariant& eventCode,
+                           const QVariant& patientId, const QVariant& autoLogout)
+{
+    SuiteTransaction transaction(m_db);
+    m_db.exec(QStringLiteral("INSERT INTO audit_log (logged_at, user_name, application, event_kind, event_code, "
+                             "patient_id_num, auto_logout) VALUES (?, ?, ?, ?, ?, ?, ?)"),
+              {SuiteText::timestamp(Clock::now()), user().name, application, kind,
+               eventCode, patientId, autoLogout});
+    transaction.commit();
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "components/CalcEngine.h"
+#include "suite/SuiteDatabase.h"
+#include "suite/SuiteUser.h"
+
+#include <optional>
+
+// The suite's calculation engine on its database: the signed-in user's
+// rights and auto-logout limit from the users table (the site's defaults for
+// users it does not list), the start check, and an audit log of the session,
+// of every subject taken and released and of the close.
+//
+// Rights and the logout limit are read once per engine. When the database
+// cannot be read for them, the site's defaults stand in and the start check
+// reports why the program may not start.
+class NorrixCalcEngine final : public CalcEngine
+{
+public:
+    // Results of OpenApplication.
+    static constexpr qint32 OpenUnknownApplication = 1;
+
+    // Results of StartCheck (StartCheckReason says more).
+    static constexpr qint32 StartAllowed = 0;
+    static constexpr qint32 StartDatabaseUnreachable = 1;
+    static constexpr qint32 StartSchemaOutdated = 2;
+    static constexpr qint32 StartSchemaNewer = 3;
+    static constexpr qint32 StartUserDisabled = 4;
+
+    // Audit log entries (column event_kind).
+    static inline const QString AuditSessionOpened = QStringLiteral("session opened");
+    static inline const QString AuditPatientTaken = QStringLiteral("patient taken");
+    static inline const QString AuditPatientReleased = QStringLiteral("patient released");
+    static inline const QString AuditSessionClosed = QStringLiteral("session closed");
+
+    NorrixCalcEngine(); // the database of the registry settings
+    explicit NorrixCalcEngine(SuiteSettings settings);
+
+    // 0 for this program's number (6); the session's start is logged when the
+    // database can be reached (the start check reports it otherwise).
+    qint32 OpenApplication(qint32 applicationNumber) override;
+    // The user's rights as stored, also for a disabled user (the start check refuses those).
+    bool HasRight(qint32 right) override;
+    qint32 AutoLogoutMinutes() override;
+    qint32 StartCheck() override;
+    QString StartCheckReason() override;
+    // Event codes 9 (taken) and 10 (released); others raise RuntimeError 5.
+    // Writing the log raises RuntimeError when the database fails.
+    void PatientNotify(qint32 eventCode, qint32 applicationNumber, qint32 reserved, const QString& patientId) override;
+    void CloseApplication(qint32 applicationNumber, bool autoLogout) override;
+
+private:
+    const SuiteUser& user();
+    void log(const QString& kind, qint32 application, const QVariant& eventCode, const QVariant& patientId,
+             const QVariant& autoLogout);
+
+    SuiteDatabase m_db;
+    std::optional<SuiteUser> m_user;
+    QString m_reason;
+};

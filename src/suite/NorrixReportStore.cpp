@@ -1,0 +1,378 @@
+#include "suite/NorrixReportStore.h"
+
+#include "components/CalcEngine.h"
+#include "platform/Clock.h"
+#include "platform/RuntimeError.h"
+#include "platform/VbConversions.h"
+#include "suite/QueryRecordset.h"
+#include "suite/SuiteText.h"
+#include "suite/SuiteTransaction.h"
+#include "suite/SuiteUser.h"
+
+#include <QHash>
+#include <QSqlQuery>
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+using Field = QueryRecordset::Field;
+using Kind = QueryRecordset::Kind;
+
+const QString kSource = QStringLiteral("NorrixQCReports.QCReportStore");
+
+[[noreturn]] void fail(qint32 number, const QString& description)
+{
+    throw RuntimeError(number, kSource, description);
+}
+
+struct Conversion
+{
+    double factor = 1;
+    double offset = 0;
+
+    QVariant apply(const QVariant& value) const
+    {
+        if (value.isNull())
+            return value;
+        const double v = value.toDouble();
+        return QVariant(v == 0 ? 0.0 : v * factor + offset);
+    }
+};
+
+// The SI conversions of the catalogue's variables.
+QHash<qint32, Conversion> conversions(SuiteDatabase& db)
+{
+    QHash<qint32, Conversion> all;
+    QSqlQuery query = db.exec(QStringLiteral("SELECT var_id, si_factor, si_offset FROM variables"));
+    while (query.next())
+        all.insert(query.value(0).toInt(), Conversion{query.value(1).toDouble(), query.value(2).toDouble()});
+    return all;
+}
+
+Conversion conversionOf(const QHash<qint32, Conversion>& all, qint32 varId, bool siUnits)
+{
+    if (!siUnits)
+        return Conversion();
+    const auto it = all.constFind(varId);
+    if (it == all.cend())
+        fail(ErrorNumber::InvalidPropertyValue,
+             QStringLiteral("The variable with ID %1 is not in the catalogue.").arg(varId));
+    return *it;
+}
+
+// Mean, sample standard deviation (n - 1) and their ratio over the values
+// that are not zero; SD is 0 below two values, CV is 0 for a zero mean.
+void statistics(const std::vector<double>& values, double& mean, double& sd, double& cv)
+{
+    mean = 0;
+    sd = 0;
+    cv = 0;
+    if (values.empty())
+        return;
+    double sum = 0;
+    for (const double v : values)
+        sum += v;
+    mean = sum / double(values.size());
+    if (values.size() >= 2)
+    {
+        double squares = 0;
+        for (const double v : values)
+            squares += (v - mean) * (v - mean);
+        sd = std::sqrt(squares / double(values.size() - 1));
+    }
+    if (mean != 0)
+        cv = sd / mean;
+}
+
+QString unitColumn(bool siUnits)
+{
+    return siUnits ? QStringLiteral("v.si_unit") : QStringLiteral("v.unit");
+}
+} // namespace
+
+NorrixReportStore::NorrixReportStore()
+    : NorrixReportStore(SuiteSettings::fromRegistry())
+{
+}
+
+NorrixReportStore::NorrixReportStore(SuiteSettings settings)
+    : m_db(std::move(settings))
+{
+}
+
+NorrixReportStore::~NorrixReportStore()
+{
+    // A store released inside BeginTrans keeps nothing of what it began.
+    while (m_openTransactions > 0)
+    {
+        --m_openTransactions;
+        try
+        {
+            m_db.rollback();
+        }
+        catch (const RuntimeError&)
+        {
+        }
+    }
+}
+
+void NorrixReportStore::checkTab(qint32 tab)
+{
+    if (tab != 0 && tab != 1)
+        fail(ErrorNumber::InvalidPropertyValue, QStringLiteral("There is no report tab %1.").arg(tab));
+}
+
+RecordsetPtr NorrixReportStore::ListReports()
+{
+    const QList<Field> fields{{QStringLiteral("QCReportName"), Kind::Text},
+                              {QStringLiteral("QCReportType"), Kind::Integer},
+                              {QStringLiteral("QCReportID"), Kind::Integer}};
+    QSqlQuery query = m_db.exec(QStringLiteral("SELECT name, tab, report_id FROM qc_reports"));
+    std::vector<QVariantList> rows = QueryRecordset::rows(query, fields);
+    std::stable_sort(rows.begin(), rows.end(), [](const QVariantList& a, const QVariantList& b) {
+        const int byName = QString::compare(a.at(0).toString(), b.at(0).toString(), Qt::CaseInsensitive);
+        if (byName != 0)
+            return byName < 0;
+        return a.at(2).toInt() < b.at(2).toInt();
+    });
+    return QueryRecordset::make(fields, std::move(rows));
+}
+
+RecordsetPtr NorrixReportStore::OpenReport(qint32 reportId, bool siUnits, qint32& tab)
+{
+    const QVariant storedTab =
+        m_db.scalar(QStringLiteral("SELECT tab FROM qc_reports WHERE report_id = ?"), {reportId});
+    if (storedTab.isNull())
+        return nullptr;
+    tab = storedTab.toInt();
+    QSqlQuery query = m_db.exec(
+        QStringLiteral("SELECT t.name, v.name, %1, p.show_in_graph, p.show_in_table, p.table_id, p.var_id, "
+                       "p.decimal_places "
+                       "FROM qc_report_params p "
+                       "JOIN test_tables t ON t.table_id = p.table_id "
+                       "JOIN variables v ON v.var_id = p.var_id "
+                       "WHERE p.report_id = ? ORDER BY p.param_order")
+            .arg(unitColumn(siUnits)),
+        {reportId});
+    return QueryRecordset::read(query, {{QStringLiteral("QCUserName"), Kind::Text},
+                                        {QStringLiteral("ParamsUserName"), Kind::Text},
+                                        {QStringLiteral("ParamsUnit"), Kind::Text},
+                                        {QStringLiteral("ShowInGraph"), Kind::Boolean},
+                                        {QStringLiteral("ShowInTable"), Kind::Boolean},
+                                        {QStringLiteral("QCTableID"), Kind::Integer},
+                                        {QStringLiteral("ParamsDefID"), Kind::Integer},
+                                        {QStringLiteral("Decimal"), Kind::Integer}});
+}
+
+qint32 NorrixReportStore::SaveReport(const QString& name, const ReportInfo& info)
+{
+    if (name.isEmpty())
+        fail(ErrorNumber::InvalidPropertyValue, QStringLiteral("A QC report definition needs a name."));
+    checkTab(info.TestTab);
+
+    SuiteTransaction transaction(m_db);
+    const qint32 reportId =
+        m_db.scalar(QStringLiteral("INSERT INTO qc_reports (name, name_key, tab, saved_by, saved_at) "
+                                   "VALUES (?, ?, ?, ?, ?) RETURNING report_id"),
+                    {name, SuiteText::searchKey(name), qint32(info.TestTab), SuiteUser::currentName(),
+                     SuiteText::timestamp(Clock::now())})
+            .toInt();
+    std::vector<QVariantList> params;
+    qint32 order = 0;
+    for (const ReportVariable& variable : info.Variables)
+    {
+        params.push_back({reportId, ++order, variable.TableID, variable.ParamsDefID, qint32(variable.ShowInGraph),
+                          qint32(variable.ShowInTable), variable.DecimalPlaces});
+    }
+    m_db.insertRows(QStringLiteral("qc_report_params"),
+                    {QStringLiteral("report_id"), QStringLiteral("param_order"), QStringLiteral("table_id"),
+                     QStringLiteral("var_id"), QStringLiteral("show_in_graph"), QStringLiteral("show_in_table"),
+                     QStringLiteral("decimal_places")},
+                    params);
+    transaction.commit();
+    return reportId;
+}
+
+qint32 NorrixReportStore::DeleteReport(qint32 reportId, const QString& reserved)
+{
+    Q_UNUSED(reserved);
+    SuiteTransaction transaction(m_db);
+    m_db.exec(QStringLiteral("DELETE FROM qc_report_params WHERE report_id = ?"), {reportId});
+    const int deleted =
+        m_db.exec(QStringLiteral("DELETE FROM qc_reports WHERE report_id = ?"), {reportId}).numRowsAffected();
+    transaction.commit();
+    return deleted > 0 ? 0 : 1;
+}
+
+bool NorrixReportStore::CanDeleteReport(qint32 reportId, const QString& reserved)
+{
+    Q_UNUSED(reserved);
+    if (m_db.scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports WHERE report_id = ?"), {reportId}).toInt() == 0)
+        return false;
+    const SuiteUser user = SuiteUser::load(m_db, SuiteUser::currentName());
+    return !user.disabled && user.hasRight(CalcEngine::RightEditReports);
+}
+
+qint32 NorrixReportStore::CountReportsNamed(const QString& name)
+{
+    return m_db.scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports WHERE name_key = ?"),
+                       {SuiteText::searchKey(name)})
+        .toInt();
+}
+
+RecordsetPtr NorrixReportStore::ListTables(qint16 tab)
+{
+    QSqlQuery query = m_db.exec(
+        QStringLiteral("SELECT table_id, name FROM test_tables WHERE tab = ? ORDER BY sort_order, table_id"),
+        {qint32(tab)});
+    return QueryRecordset::read(query, {{QStringLiteral("QCTableID"), Kind::Integer},
+                                        {QStringLiteral("QCUserName"), Kind::Text}});
+}
+
+RecordsetPtr NorrixReportStore::ListVariables(bool siUnits, qint16 tab)
+{
+    QSqlQuery query = m_db.exec(QStringLiteral("SELECT v.var_id, v.name, %1, v.decimal_places FROM variables v "
+                                               "WHERE v.tab = ? ORDER BY v.sort_order, v.var_id")
+                                    .arg(unitColumn(siUnits)),
+                                {qint32(tab)});
+    return QueryRecordset::read(query, {{QStringLiteral("VarID"), Kind::Integer},
+                                        {QStringLiteral("VarUserName"), Kind::Text},
+                                        {QStringLiteral("VarUnit"), Kind::Text},
+                                        {QStringLiteral("DecimalPlaces"), Kind::Integer}});
+}
+
+NorrixReportStore::Period NorrixReportStore::periodOf(const ReportInfo& info)
+{
+    Period period;
+    const auto read = [](const QString& text) {
+        if (text.trimmed().isEmpty())
+            return QDate();
+        const QDate date = ToDate(QVariant(text.trimmed()));
+        if (!date.isValid())
+            fail(ErrorNumber::TypeMismatch,
+                 QStringLiteral("\"%1\" is not a date in the form mm/dd/yyyy.").arg(text));
+        return date;
+    };
+    period.from = read(info.FromDate);
+    period.to = read(info.ToDate);
+    return period;
+}
+
+RecordsetPtr NorrixReportStore::GetGraphData(const ReportInfo& info, qint32 index, bool siUnits, double& mean,
+                                             double& sd, double& cv)
+{
+    if (index < 1 || index > info.VariableCount())
+        fail(ErrorNumber::SubscriptOutOfRange, QStringLiteral("The report has no variable %1.").arg(index));
+    const ReportVariable& variable = info.Variable(index);
+    const Period period = periodOf(info);
+    const Conversion conversion = conversionOf(conversions(m_db), variable.ParamsDefID, siUnits);
+
+    QString sql = QStringLiteral("SELECT v.visit_date, r.result_value FROM visits v "
+                                 "JOIN patients p ON p.patient_id = v.patient_id "
+                                 "JOIN results r ON r.visit_id = v.visit_id "
+                                 "WHERE p.id_num = ? AND v.tab = ? AND r.table_id = ? AND r.var_id = ? "
+                                 "AND r.result_value IS NOT NULL");
+    QVariantList params{info.PatientID, qint32(info.TestTab), variable.TableID, variable.ParamsDefID};
+    if (period.from.isValid())
+    {
+        sql += QStringLiteral(" AND v.visit_date >= ?");
+        params.append(period.from);
+    }
+    if (period.to.isValid())
+    {
+        sql += QStringLiteral(" AND v.visit_date <= ?");
+        params.append(period.to);
+    }
+    sql += QStringLiteral(" ORDER BY v.visit_date, v.visit_id");
+
+    const QList<Field> fields{{QStringLiteral("VisitDate"), Kind::Date}, {QStringLiteral("Value"), Kind::Double}};
+    QSqlQuery query = m_db.exec(sql, params);
+    std::vector<QVariantList> rows = QueryRecordset::rows(query, fields);
+    std::vector<double> counted;
+    counted.reserve(rows.size());
+    for (QVariantList& row : rows)
+    {
+        row[1] = conversion.apply(row.at(1));
+        const double value = row.at(1).toDouble();
+        if (value != 0)
+            counted.push_back(value);
+    }
+    statistics(counted, mean, sd, cv);
+    return QueryRecordset::make(fields, std::move(rows));
+}
+
+RecordsetPtr NorrixReportStore::GetTableData(const ReportInfo& info, bool siUnits)
+{
+    const Period period = periodOf(info);
+    const QHash<qint32, Conversion> all = siUnits ? conversions(m_db) : QHash<qint32, Conversion>();
+
+    QList<Field> fields{{QStringLiteral("VisitDate"), Kind::Date}};
+    QList<Conversion> columnConversions;
+    QString select = QStringLiteral("SELECT v.visit_date");
+    QString joins;
+    QVariantList params;
+    for (const ReportVariable& variable : info.Variables)
+    {
+        if (!variable.ShowInTable)
+            continue;
+        const QString alias = QStringLiteral("r") + QString::number(fields.size());
+        select += QStringLiteral(", ") + alias + QStringLiteral(".result_value");
+        joins += QStringLiteral(" LEFT JOIN results %1 ON %1.visit_id = v.visit_id AND %1.table_id = ? "
+                                "AND %1.var_id = ?")
+                     .arg(alias);
+        params << variable.TableID << variable.ParamsDefID;
+        fields.append({variable.VarName, Kind::Double});
+        columnConversions.append(conversionOf(all, variable.ParamsDefID, siUnits));
+    }
+
+    QString sql = select + QStringLiteral(" FROM visits v JOIN patients p ON p.patient_id = v.patient_id") + joins +
+                  QStringLiteral(" WHERE p.id_num = ? AND v.tab = ?");
+    params << info.PatientID << qint32(info.TestTab);
+    if (period.from.isValid())
+    {
+        sql += QStringLiteral(" AND v.visit_date >= ?");
+        params.append(period.from);
+    }
+    if (period.to.isValid())
+    {
+        sql += QStringLiteral(" AND v.visit_date <= ?");
+        params.append(period.to);
+    }
+    sql += QStringLiteral(" ORDER BY v.visit_date, v.visit_id");
+
+    QSqlQuery query = m_db.exec(sql, params);
+    std::vector<QVariantList> rows = QueryRecordset::rows(query, fields);
+    if (siUnits)
+    {
+        for (QVariantList& row : rows)
+        {
+            for (qsizetype c = 0; c < columnConversions.size(); ++c)
+                row[c + 1] = columnConversions.at(c).apply(row.at(c + 1));
+        }
+    }
+    return QueryRecordset::make(fields, std::move(rows));
+}
+
+void NorrixReportStore::BeginTrans()
+{
+    m_db.begin();
+    ++m_openTransactions;
+}
+
+void NorrixReportStore::CommitTrans()
+{
+    if (m_openTransactions == 0)
+        fail(ErrorNumber::InvalidPropertyValue, QStringLiteral("CommitTrans without BeginTrans."));
+    --m_openTransactions;
+    m_db.commit();
+}
+
+void NorrixReportStore::RollbackTrans()
+{
+    if (m_openTransactions == 0)
+        fail(ErrorNumber::InvalidPropertyValue, QStringLiteral("RollbackTrans without BeginTrans."));
+    --m_openTransactions;
+    m_db.rollback();
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "components/QCReportStore.h"
+#include "suite/SuiteDatabase.h"
+
+#include <QDate>
+
+// The suite's report store on its database.
+//
+// - Definitions: SaveReport stores the variables' table and catalogue IDs,
+//   flags and decimals in their order and gets a fresh QCReportID on every
+//   save; OpenReport reads the table and variable names and the unit (of the
+//   chosen system) back from the catalogue, so a definition always shows the
+//   catalogue's current names.
+// - Names are compared without regard to case (CountReportsNamed, lists in
+//   name order).
+// - A definition may be deleted by a user who may edit definitions (right 501).
+// - Data sets: visits of the report's subject (ReportInfo.PatientID is the
+//   identification number) and tab in the period, both ends included; an
+//   empty FromDate is an open start, an empty ToDate an open end. Values are
+//   stored in conventional units; SI values are value * factor + offset. A
+//   zero reading stays zero in both systems (the layouts treat it as no
+//   reading).
+class NorrixReportStore final : public QCReportStore
+{
+public:
+    NorrixReportStore(); // the database of the registry settings
+    explicit NorrixReportStore(SuiteSettings settings);
+    ~NorrixReportStore() override;
+    NorrixReportStore(const NorrixReportStore&) = delete;
+    NorrixReportStore& operator=(const NorrixReportStore&) = delete;
+
+    RecordsetPtr ListReports() override;
+    RecordsetPtr OpenReport(qint32 reportId, bool siUnits, qint32& tab) override;
+    qint32 SaveReport(const QString& name, const ReportInfo& info) override;
+    // 0 when the definition was deleted, 1 when there was none with this ID.
+    qint32 DeleteReport(qint32 reportId, const QString& reserved) override;
+    bool CanDeleteReport(qint32 reportId, const QString& reserved) override;
+    qint32 CountReportsNamed(const QString& name) override;
+
+    RecordsetPtr ListTables(qint16 tab) override;
+    RecordsetPtr ListVariables(bool siUnits, qint16 tab) override;
+
+    RecordsetPtr GetGraphData(const ReportInfo& info, qint32 index, bool siUnits, double& mean, double& sd,
+                              double& cv) override;
+    RecordsetPtr GetTableData(const ReportInfo& info, bool siUnits) override;
+
+    void BeginTrans() override;
+    void CommitTrans() override;
+    void RollbackTrans() override;
+
+private:
+    struct Period
+    {
+        QDate from; // invalid = open
+        QDate to;   // invalid = open
+    };
+    static Period periodOf(const ReportInfo& info);
+    static void checkTab(qint32 tab);
+
+    SuiteDatabase m_db;
+    int m_openTransactions = 0; // BeginTrans calls not yet committed or rolled back
+};
