@@ -1,0 +1,24 @@
+#include "suite/SuiteSetup.h"
+
+#include "platform/RuntimeError.h"
+#include "suite/DemoData.h"
+#include "suite/SuiteDatabase.h"
+#include "suite/SuiteSchema.h"
+
+SuiteSetup::Outcome SuiteSetup::runAuto(const SuiteSettings& settings)
+{
+    SuiteDatabase db(settings, SuiteDatabase::OpenMode::CreateIfMissing);
+    Outcome outcome;
+    outcome.versionBefore = SuiteSchema::migrate(db);
+    outcome.version = SuiteSchema::version(db);
+    if (settings.demo && db.scalar(QStringLiteral("SELECT COUNT(*) FROM patients")).toInt() == 0)
+    {
+        DemoData::fill(db);
+        outcome.demoFilled = true;
+    }
+    const QStringList problems = SuiteSchema::checkIntegrity(db);
+    if (!problems.isEmpty())
+        throw RuntimeError(SuiteDatabase::ErrorQueryFailed, SuiteDatabase::ErrorSource,
+                           QStringLiteral("The QC database failed its check: ") + problems.join(u' '));
+    return outcome;
+}

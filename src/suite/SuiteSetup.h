@@ -1,0 +1,21 @@
+#pragma once
+
+struct SuiteSettings;
+
+// What the database tool does with "auto" at every start of the program:
+// creates or migrates the schema, fills the demo data into the embedded demo
+// database while it holds no patients (a new one, or one whose first filling
+// was interrupted), and checks the database's integrity.
+class SuiteSetup
+{
+public:
+    struct Outcome
+    {
+        int versionBefore = 0;
+        int version = 0;
+        bool demoFilled = false;
+    };
+
+    // Raises RuntimeError with a one-sentence description when anything fails.
+    static Outcome runAuto(const SuiteSettings& settings);
+};
