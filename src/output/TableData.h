@@ -14,8 +14,8 @@ struct TableData
     QString PatientID;
     QString FromDate; // as typed; may be empty
     QString ToDate;
-    qint16 ColumnCount = 0; // fields of the data set
-    RecordsetPtr Data;      // one row per visit: field 0 the visit date, then one field per table variable
+    qint16 ColumnCount = 0;     // fields of the data set
+    RecordsetPtr Data;          // one row per visit: field 0 the visit date, then one field per table variable
     QList<TableColumn> Columns; // 0 .. ColumnCount - 1
     qint32 SIUnits = 0;         // -1 when the data were fetched in SI units, else 0
     double TotalWidth = 0;      // sum of the column widths

@@ -20,8 +20,7 @@
 // Fetches the table's data set from the report store and describes its
 // columns. False when the store has no data set or a run-time error occurred;
 // no message is shown. The target and the page list are not used.
-bool BuildTableData(OutputTarget* target, const ReportInfo& info, TableData& table, TablePageList& pages,
-                    bool siUnits);
+bool BuildTableData(OutputTarget* target, const ReportInfo& info, TableData& table, TablePageList& pages, bool siUnits);
 
 // Measures every column and rebuilds the page list from nothing.
 void SetUpTablePages(OutputTarget& target, TableData& table, TablePageList& pages);
