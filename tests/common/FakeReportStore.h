@@ -40,6 +40,10 @@ public:
         std::function<RecordsetPtr(bool si, qint16 tab)> listVariables;
         qint32 nextId = 100;
         int created = 0;
+        // Called with every entry of calls as it is made.
+        std::function<void(const QString&)> onCall;
+        // CanDeleteReport's answer.
+        bool canDelete = true;
     };
 
     explicit FakeReportStore(std::shared_ptr<Script> script)
@@ -77,7 +81,7 @@ public:
     bool CanDeleteReport(qint32 reportId, const QString&) override
     {
         call(QStringLiteral("CanDeleteReport %1").arg(reportId));
-        return true;
+        return m_script->canDelete;
     }
     qint32 CountReportsNamed(const QString& name) override
     {
@@ -117,6 +121,8 @@ private:
     void call(const QString& what)
     {
         m_script->calls.append(what);
+        if (m_script->onCall)
+            m_script->onCall(what);
         if (!m_script->failOn.isEmpty() && what.startsWith(m_script->failOn))
             throw RuntimeError(-2147467259, QStringLiteral("FakeReportStore"),
                                QStringLiteral("The store failed in ") + m_script->failOn);
