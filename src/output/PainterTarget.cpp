@@ -37,8 +37,8 @@ QFont PainterTarget::defaultFont()
 {
     QFont font(ReportFonts::typeface());
     font.setPointSizeF(10);
-    // Unhinted glyphs keep the same proportions at every resolution, so the
-    // preview's picture and the printed page measure alike.
+    // Unhinted glyphs keep their design widths instead of being snapped to the
+    // device's pixel grid, so the preview's picture measures close to paper.
     font.setHintingPreference(QFont::PreferNoHinting);
     return font;
 }

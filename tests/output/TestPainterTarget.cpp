@@ -3,6 +3,7 @@
 #include "output/PrinterTarget.h"
 #include "output/ReportFonts.h"
 #include "output/modPrintGlobals.h"
+#include "platform/RuntimeError.h"
 
 #include <QFile>
 #include <QImage>
@@ -362,6 +363,23 @@ private slots:
         const QString text = RunPdfTool(QStringLiteral("pdftotext"), {file, QStringLiteral("-")});
         QVERIFY2(text.contains(QStringLiteral("second job")), qPrintable(text));
         QVERIFY(!text.contains(QStringLiteral("first job")));
+    }
+
+    void aPrinterThatCannotStartRaisesAPrinterError()
+    {
+        QTemporaryDir dir;
+        PrinterTarget printer(PdfPrinter(dir.filePath(QStringLiteral("no such folder/report.pdf"))));
+        // Measuring needs no job and still works.
+        QVERIFY(printer.TextWidth(QStringLiteral("X")) > 0);
+        try
+        {
+            printer.Line(0, 0, 1440, 1440);
+            QFAIL("drawing on a printer that cannot start did not raise");
+        }
+        catch (const RuntimeError& error)
+        {
+            QCOMPARE(error.number(), ErrorNumber::PrinterError);
+        }
     }
 
     void systemPrinterFallsBackToPdf()
