@@ -1,0 +1,227 @@
+#include "common/TestMain.h"
+
+#include "SuiteTestDatabase.h"
+#include "platform/RuntimeError.h"
+#include "suite/SuiteCatalogue.h"
+#include "suite/SuiteSchema.h"
+
+#include <QSqlQuery>
+#include <QTest>
+
+class TestSuiteSchema : public QObject
+{
+    Q_OBJECT
+
+private:
+    static int count(SuiteDatabase& db, const QString& table)
+    {
+        return db.scalar(QStringLiteral("SELECT COUNT(*) FROM ") + table).toInt();
+    }
+
+    // Rows of every table of version 1, written with version 1's columns.
+    static void fillVersionOne(SuiteDatabase& db)
+    {
+        db.exec(QStringLiteral("INSERT INTO patients (id_num, id_key, last_name, last_key, first_name, first_key, "
+                               "birthday) VALUES (?, ?, ?, ?, ?, ?, ?)"),
+                {QStringLiteral("QC900"), QStringLiteral("qc900"), QStringLiteral("O'Brien"),
+                 QStringLiteral("o'brien"), QStringLiteral("Máire"), QStringLiteral("máire"), QDate(1970, 5, 6)});
+        const int patient = db.scalar(QStringLiteral("SELECT patient_id FROM patients")).toInt();
+        const int table = db.scalar(QStringLiteral("SELECT table_id FROM test_tables WHERE name = ?"),
+                                    {QStringLiteral("Pre")})
+                              .toInt();
+        const int variable =
+            db.scalar(QStringLiteral("SELECT var_id FROM variables WHERE name = ?"), {QStringLiteral("FVC")}).toInt();
+        for (int i = 0; i < 5; ++i)
+        {
+            const int visit = db.scalar(QStringLiteral("INSERT INTO visits (patient_id, visit_date, tab) "
+                                                       "VALUES (?, ?, ?) RETURNING visit_id"),
+                                        {patient, QDate(2024, 1, 1).addDays(7 * i), 0})
+                                  .toInt();
+            db.exec(QStringLiteral("INSERT INTO results (visit_id, table_id, var_id, result_value) "
+                                   "VALUES (?, ?, ?, ?)"),
+                    {visit, table, variable, 4.5 + i / 100.0});
+        }
+        const int report = db.scalar(QStringLiteral("INSERT INTO qc_reports (name, name_key, tab) VALUES (?, ?, ?) "
+                                                    "RETURNING report_id"),
+                                     {QStringLiteral("Old Report"), QStringLiteral("old report"), 0})
+                               .toInt();
+        db.exec(QStringLiteral("INSERT INTO qc_report_params (report_id, param_order, table_id, var_id, "
+                               "show_in_graph, show_in_table, decimal_places) VALUES (?, ?, ?, ?, ?, ?, ?)"),
+                {report, 1, table, variable, 1, 0, 2});
+        db.exec(QStringLiteral("INSERT INTO users (user_name, user_key, auto_logout_minutes) VALUES (?, ?, ?)"),
+                {QStringLiteral("Chief"), QStringLiteral("chief"), 20});
+        db.exec(QStringLiteral("INSERT INTO user_rights (user_name, right_number) VALUES (?, ?)"),
+                {QStringLiteral("Chief"), 501});
+    }
+
+    static QMap<QString, int> tableCounts(SuiteDatabase& db)
+    {
+        QMap<QString, int> counts;
+        for (const QString& table : SuiteSchema::tableNames())
+        {
+            if (db.tableExists(table))
+                counts.insert(table, count(db, table));
+        }
+        return counts;
+    }
+
+private slots:
+    void newDatabaseHasNoVersion()
+    {
+        SuiteTestDatabase test;
+        QCOMPARE(SuiteSchema::version(test.db()), 0);
+    }
+
+    void createsEveryTableWithTheCatalogue()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        QCOMPARE(SuiteSchema::migrate(db), 0);
+        QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion);
+        for (const QString& table : SuiteSchema::tableNames())
+            QVERIFY2(db.tableExists(table), qPrintable(table));
+        QCOMPARE(SuiteSchema::checkIntegrity(db), QStringList());
+
+        QCOMPARE(count(db, QStringLiteral("test_tables")), int(SuiteCatalogue::tables().size()));
+        QCOMPARE(count(db, QStringLiteral("variables")), int(SuiteCatalogue::variables().size()));
+        QVERIFY(db.scalar(QStringLiteral("SELECT COUNT(*) FROM variables WHERE tab = ?"), {0}).toInt() >= 15);
+        QVERIFY(db.scalar(QStringLiteral("SELECT COUNT(*) FROM variables WHERE tab = ?"), {1}).toInt() >= 12);
+        QSqlQuery dlco = db.exec(QStringLiteral("SELECT unit, si_unit, si_factor, si_offset, decimal_places "
+                                                "FROM variables WHERE tab = ? AND name = ?"),
+                                 {0, QStringLiteral("DLCO")});
+        QVERIFY(dlco.next());
+        QCOMPARE(dlco.value(0).toString(), QStringLiteral("mL/min/mmHg"));
+        QCOMPARE(dlco.value(1).toString(), QStringLiteral("mmol/min/kPa"));
+        QCOMPARE(dlco.value(2).toDouble(), 0.3348);
+        QCOMPARE(dlco.value(3).toDouble(), 0.0);
+        QCOMPARE(dlco.value(4).toInt(), 1);
+    }
+
+    void migratingAgainChangesNothing()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db);
+        fillVersionOne(db);
+        const QMap<QString, int> before = tableCounts(db);
+        QCOMPARE(SuiteSchema::migrate(db), SuiteSchema::CurrentVersion);
+        QCOMPARE(tableCounts(db), before);
+    }
+
+    void migrationFromVersionOneKeepsEveryRow()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        QCOMPARE(SuiteSchema::migrate(db, 1), 0);
+        QCOMPARE(SuiteSchema::version(db), 1);
+        QVERIFY(!db.tableExists(QStringLiteral("audit_log")));
+        fillVersionOne(db);
+        const QMap<QString, int> before = tableCounts(db);
+        QCOMPARE(before.value(QStringLiteral("results")), 5);
+
+        QCOMPARE(SuiteSchema::migrate(db), 1);
+        QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion);
+        QMap<QString, int> after = tableCounts(db);
+        QCOMPARE(after.take(QStringLiteral("audit_log")), 0);
+        QCOMPARE(after, before);
+        QCOMPARE(SuiteSchema::checkIntegrity(db), QStringList());
+
+        // The rows themselves, not only their number.
+        QCOMPARE(db.scalar(QStringLiteral("SELECT last_name FROM patients WHERE id_num = ?"), {QStringLiteral("QC900")})
+                     .toString(),
+                 QStringLiteral("O'Brien"));
+        QCOMPARE(db.scalar(QStringLiteral("SELECT SUM(result_value) FROM results")).toDouble(), 22.6);
+        QSqlQuery user = db.exec(QStringLiteral("SELECT auto_logout_minutes, disabled FROM users WHERE user_name = ?"),
+                                 {QStringLiteral("Chief")});
+        QVERIFY(user.next());
+        QCOMPARE(user.value(0).toInt(), 20);
+        QCOMPARE(user.value(1).toInt(), 0); // the new column's default
+    }
+
+    void failedStepLeavesTheVersionBefore()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db, 1);
+        fillVersionOne(db);
+        // A table in the way of step 2: the step fails after its first statement.
+        db.exec(QStringLiteral("CREATE TABLE audit_log (x INTEGER)"));
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, SuiteSchema::migrate(db));
+        QVERIFY(!db.inTransaction());
+        QCOMPARE(SuiteSchema::version(db), 1);
+        // The step's first statement (a new column for users) was undone with it.
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, db.exec(QStringLiteral("SELECT disabled FROM users")));
+        QCOMPARE(count(db, QStringLiteral("users")), 1);
+        QCOMPARE(count(db, QStringLiteral("results")), 5);
+    }
+
+    void newerSchemaIsRefusedUntouched()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db);
+        fillVersionOne(db);
+        db.exec(QStringLiteral("UPDATE schema_version SET version = ?"), {SuiteSchema::CurrentVersion + 1});
+        const QMap<QString, int> before = tableCounts(db);
+        try
+        {
+            SuiteSchema::migrate(db);
+            QFAIL("a newer schema was migrated");
+        }
+        catch (const RuntimeError& error)
+        {
+            QVERIFY2(error.description().contains(QLatin1String("newer")), qPrintable(error.description()));
+        }
+        QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion + 1);
+        QCOMPARE(tableCounts(db), before);
+    }
+
+    void foreignDatabaseIsRefused()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        db.exec(QStringLiteral("CREATE TABLE patients (name VARCHAR(20))"));
+        db.exec(QStringLiteral("INSERT INTO patients (name) VALUES (?)"), {QStringLiteral("someone")});
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, SuiteSchema::migrate(db));
+        QCOMPARE(SuiteSchema::version(db), 0);
+        QCOMPARE(count(db, QStringLiteral("patients")), 1);
+    }
+
+    void integrityCheckNamesMissingTablesAndOldVersions()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db, 1);
+        const QStringList problems = SuiteSchema::checkIntegrity(db);
+        QVERIFY(problems.contains(QStringLiteral("The schema has version 1; this program needs version %1.")
+                                      .arg(SuiteSchema::CurrentVersion)));
+        QVERIFY(problems.contains(QStringLiteral("The table audit_log is missing.")));
+    }
+
+    void integrityCheckFindsEmptyCatalogue()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db);
+        db.exec(QStringLiteral("DELETE FROM variables WHERE tab = ?"), {1});
+        QCOMPARE(SuiteSchema::checkIntegrity(db), QStringList{QStringLiteral("The catalogue has no variable for GX.")});
+    }
+
+    void integrityCheckFindsBrokenReferencesInTheFile()
+    {
+        if (SuiteTestDatabase::onPostgres())
+            QSKIP("PostgreSQL never stores a row whose reference is broken; this check is SQLite's own");
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db);
+        db.exec(QStringLiteral("PRAGMA foreign_keys = OFF"));
+        db.exec(QStringLiteral("INSERT INTO visits (patient_id, visit_date, tab) VALUES (?, ?, ?)"),
+                {4242, QDate(2024, 1, 1), 0});
+        db.exec(QStringLiteral("PRAGMA foreign_keys = ON"));
+        QCOMPARE(SuiteSchema::checkIntegrity(db),
+                 QStringList{QStringLiteral("The table visits has rows that refer to missing rows of patients.")});
+    }
+};
+
+CALVEX_TEST(TestSuiteSchema)
+#include "TestSuiteSchema.moc"
