@@ -201,8 +201,10 @@ void ReportTabsPanel::cmdNew_Click()
     const bool rowChosen = grid->Row() >= 1 && grid->Row() < grid->Rows() - 1 && grid->Rows() > 2;
     cmdVarRemove[tab]->setEnabled(rowChosen);
     cmdVarUpdate[tab]->setEnabled(rowChosen);
-    // The counters follow the emptied grid; the limits of nine are checked against them.
+    // The counters and Save As follow the emptied grid (the limits of nine are
+    // checked against the counters).
     CountSelectedTotals(tab);
+    UpdateSaveAsButton(tab);
 
     m_host.ResetDateRange();
     m_host.SetReportDirty(tab, false);
