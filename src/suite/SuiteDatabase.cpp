@@ -17,6 +17,10 @@ struct TransactionState
 {
     int depth = 0;
     bool rollbackOnly = false;
+    // Statements that failed inside the transaction. PostgreSQL refuses every
+    // command, even releasing a statement, until the transaction has ended,
+    // so they are released after it.
+    std::vector<QSqlQuery> failed;
 };
 
 QHash<QString, TransactionState>& transactions()
@@ -132,7 +136,7 @@ QSqlQuery SuiteDatabase::exec(const QString& sql, const QVariantList& params)
         QSqlQuery query(connection());
         query.setForwardOnly(true);
         if (!query.exec(sql))
-            failQuery(query.lastError());
+            failQuery(query);
         return query;
     }
     QSqlQuery query = prepare(sql);
@@ -145,7 +149,7 @@ QSqlQuery SuiteDatabase::prepare(const QString& sql)
     QSqlQuery query(connection());
     query.setForwardOnly(true);
     if (!query.prepare(sql))
-        failQuery(query.lastError());
+        failQuery(query);
     return query;
 }
 
@@ -154,7 +158,7 @@ void SuiteDatabase::run(QSqlQuery& query, const QVariantList& params)
     for (qsizetype i = 0; i < params.size(); ++i)
         query.bindValue(int(i), params.at(i));
     if (!query.exec())
-        failQuery(query.lastError());
+        failQuery(query);
 }
 
 QVariant SuiteDatabase::scalar(const QString& sql, const QVariantList& params)
@@ -179,7 +183,7 @@ void SuiteDatabase::insertRows(const QString& table, const QStringList& columns,
         {
             const QString sql = insertStatement(table, columns, count);
             if (!query.prepare(sql))
-                failQuery(query.lastError());
+                failQuery(query);
             prepared = count;
         }
         int position = 0;
@@ -189,7 +193,7 @@ void SuiteDatabase::insertRows(const QString& table, const QStringList& columns,
                 query.bindValue(position++, value);
         }
         if (!query.exec())
-            failQuery(query.lastError());
+            failQuery(query);
     }
 }
 
@@ -233,6 +237,7 @@ void SuiteDatabase::commit()
     {
         state.rollbackOnly = false;
         db.rollback();
+        state.failed.clear();
         throw RuntimeError(ErrorQueryFailed, ErrorSource,
                            QStringLiteral("The changes were not saved because part of them failed."));
     }
@@ -256,6 +261,7 @@ void SuiteDatabase::rollback()
     }
     state.rollbackOnly = false;
     connection().rollback();
+    state.failed.clear();
 }
 
 bool SuiteDatabase::inTransaction()
@@ -270,9 +276,9 @@ void SuiteDatabase::closeAllConnections()
     {
         if (!name.startsWith(kConnectionPrefix))
             continue;
+        transactions().remove(name);
         QSqlDatabase::database(name, false).close();
         QSqlDatabase::removeDatabase(name);
-        transactions().remove(name);
     }
 }
 
@@ -280,6 +286,15 @@ void SuiteDatabase::failOpen(const QString& reason) const
 {
     throw RuntimeError(ErrorCannotOpen, ErrorSource,
                        QStringLiteral("The QC database cannot be opened: %1 (%2).").arg(reason, m_settings.describe()));
+}
+
+void SuiteDatabase::failQuery(QSqlQuery& query) const
+{
+    const QSqlError error = query.lastError();
+    TransactionState& state = transactions()[connectionName()];
+    if (state.depth > 0)
+        state.failed.push_back(std::move(query));
+    failQuery(error);
 }
 
 void SuiteDatabase::failQuery(const QSqlError& error) const

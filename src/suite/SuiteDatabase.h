@@ -70,6 +70,7 @@ public:
 private:
     QString connectionName() const;
     [[noreturn]] void failOpen(const QString& reason) const;
+    [[noreturn]] void failQuery(QSqlQuery& query) const;
     [[noreturn]] void failQuery(const QSqlError& error) const;
 
     SuiteSettings m_settings;
