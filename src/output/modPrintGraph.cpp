@@ -75,26 +75,9 @@ void ShowNoVisitsMessage()
 
 // A visit's value as the chart reads it: the field joined to an empty text and
 // converted to a number, so an empty field is no number and raises a type
-// mismatch. Number fields are taken as they are; the round trip through their
-// text would only drop digits beyond the fifteenth.
+// mismatch.
 double VisitValue(const QVariant& field)
 {
-    switch (field.typeId())
-    {
-    case QMetaType::Double:
-    case QMetaType::Float:
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Short:
-    case QMetaType::UShort:
-    case QMetaType::Long:
-    case QMetaType::ULong:
-        return field.toDouble();
-    default:
-        break;
-    }
     if (!IsNumeric(field))
         throw RuntimeError(ErrorNumber::TypeMismatch, kSource, QStringLiteral("Type mismatch"));
     return ToDouble(field);
@@ -144,6 +127,7 @@ bool BuildGraphSeries(const ReportInfo& info, GraphSeriesArray& series, bool siU
         if (!variable.ShowInGraph)
             continue;
         GraphSeries& next = series[built];
+        // A store object of its own for every variable, released at once.
         {
             const std::unique_ptr<QCReportStore> store =
                 ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
@@ -286,16 +270,16 @@ bool ScanSeriesRange(Recordset& data, qint32& recordCount, QDate& firstDate, QDa
 
     data.Sort(data.FieldName(0) + QStringLiteral(" ASC"));
     data.MoveFirst();
-    const QVariant first = data.Value(0);
+    const QDate first = ToDate(data.Value(0));
     data.MoveLast();
-    const QVariant last = data.Value(0);
-    if (!IsDate(first) || !IsDate(last))
+    const QDate last = ToDate(data.Value(0));
+    if (!first.isValid() || !last.isValid())
     {
         ShowNoVisitsMessage();
         return false;
     }
-    firstDate = ToDate(first);
-    lastDate = ToDate(last);
+    firstDate = first;
+    lastDate = last;
 
     // Zero stands for a missing value: the smallest value is the first
     // non-zero one in value order.
@@ -394,9 +378,8 @@ bool PrintGraphChart(OutputTarget& target, PageRect& plot, const GraphSeries& se
             return true;
         }
 
-        // The control lines were once meant to be grey and wide; the colour and
-        // width are set back at once, and the printed charts have always shown
-        // them black and thin. The sequence stays as it is.
+        // The pen is set wide and grey, then at once black and one pixel wide:
+        // the control lines come out black and thin, as they always have.
         target.SetDrawWidth(4);
         target.SetForeColor(kGrey);
         target.SetForeColor(kBlack);
@@ -410,8 +393,8 @@ bool PrintGraphChart(OutputTarget& target, PageRect& plot, const GraphSeries& se
         target.Line(plot.Left, yLower, plot.Right, yLower);
         target.SetDrawStyle(0);
 
-        // Labels just right of the frame; one label when both limits fall on
-        // the same line (SD 0).
+        // Labels just right of the frame. Limits that fall on the same line in
+        // single precision (SD 0, or next to it) share one label.
         target.SetFontBold(false);
         target.SetFontSize(6);
         const auto printLimitLabel = [&target, &plot](const QString& label, double y) {
@@ -437,13 +420,13 @@ bool PrintGraphChart(OutputTarget& target, PageRect& plot, const GraphSeries& se
         const double firstX = plot.Left + xStep;
         while (!data.IsEOF())
         {
-            const QVariant visitDate = data.Value(0);
-            if (IsDate(visitDate))
+            const QDate visitDate = ToDate(data.Value(0));
+            if (visitDate.isValid())
             {
                 const double value = VisitValue(data.Value(1));
                 if (value != 0)
                 {
-                    const double x = DaysBetween(firstDate, ToDate(visitDate)) * xStep + firstX;
+                    const double x = DaysBetween(firstDate, visitDate) * xStep + firstX;
                     const double y = yOf(value);
                     target.PSet(x, y, kBlack);
                     target.Circle(x, y, radius, kBlack);
@@ -520,10 +503,9 @@ void PrintStatisticsLine(OutputTarget& target, PageRect& plot, double mean, doub
         target.SetCurrentY(y);
         target.Print(cvText);
 
-        // The SD text is centred on the CV text's width, not its own: that is
-        // where the middle entry has always stood.
+        // The SD text stands at the middle of the room the CV text leaves, measured
+        // with the CV text's width, not its own: that is where it has always stood.
         const QString sdText = GetResourceText(kTextSD) + QStringLiteral(": ") + GeneralNumberText(sd);
-        target.TextWidth(sdText);
         target.SetCurrentX(x0 + (width - cvWidth) / 2);
         target.SetCurrentY(y);
         target.Print(sdText);
