@@ -28,6 +28,21 @@ PageRect Plot()
     return Rect(1000, 1000, 11000, 5000);
 }
 
+// One framed chart drawn into Plot() on a recording target, with the test
+// texts and a recorder for message boxes.
+struct ChartRun
+{
+    ScopedTestStrings strings;
+    RecordingMessageService boxes;
+    RecordingTarget target;
+    PageRect plot = Plot();
+
+    bool draw(const GraphSeries& series, bool showStatistics = false)
+    {
+        return PrintGraphChart(target, plot, series, showStatistics, true);
+    }
+};
+
 std::vector<RecordedOp> PrintsOf(const RecordingTarget& target, const QString& text)
 {
     std::vector<RecordedOp> found;
@@ -47,19 +62,16 @@ class TestPrintGraphChart : public QObject
 private slots:
     void markerGeometryOfKnownVisits()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
-        QVERIFY(PrintGraphChart(target, plot, ElevenDays(), false, true));
-        QCOMPARE(boxes.count(), 0);
+        ChartRun run;
+        QVERIFY(run.draw(ElevenDays()));
+        QCOMPARE(run.boxes.count(), 0);
 
-        QCOMPARE(plot.Left, 1772);
-        QCOMPARE(plot.Top, 1000);
-        QCOMPARE(plot.Right, 11000);
-        QCOMPARE(plot.Bottom, 5000);
+        QCOMPARE(run.plot.Left, 1772);
+        QCOMPARE(run.plot.Top, 1000);
+        QCOMPARE(run.plot.Right, 11000);
+        QCOMPARE(run.plot.Bottom, 5000);
 
-        const std::vector<RecordedOp> frames = target.opsOf(Kind::Box);
+        const std::vector<RecordedOp> frames = run.target.opsOf(Kind::Box);
         QCOMPARE(frames.size(), size_t(1));
         QCOMPARE(frames[0].x1, 1772.0);
         QCOMPARE(frames[0].y1, 1000.0);
@@ -71,8 +83,8 @@ private slots:
         // In date order: 03/01 (9), 03/05 (12), 03/11 (10).
         const double xs[] = {2541, 2541 + 4 * 769, 2541 + 10 * 769};
         const double ys[] = {5000.0 - 3500.0 / 3, 4000.0 / 3, 3000};
-        const std::vector<RecordedOp> points = target.opsOf(Kind::PSet);
-        const std::vector<RecordedOp> circles = target.opsOf(Kind::Circle);
+        const std::vector<RecordedOp> points = run.target.opsOf(Kind::PSet);
+        const std::vector<RecordedOp> circles = run.target.opsOf(Kind::Circle);
         QCOMPARE(points.size(), size_t(3));
         QCOMPARE(circles.size(), size_t(3));
         for (int i = 0; i < 3; ++i)
@@ -88,7 +100,7 @@ private slots:
         }
 
         // Each marker is a point, a circle and a cross of two strokes, in that order.
-        const std::vector<RecordedOp> draws = target.drawOps();
+        const std::vector<RecordedOp> draws = run.target.drawOps();
         const auto first =
             std::find_if(draws.begin(), draws.end(), [](const RecordedOp& op) { return op.kind == Kind::PSet; });
         QVERIFY(first != draws.end());
@@ -108,19 +120,16 @@ private slots:
         GRAPH_COMPARE_NEAR(vertical.y2, ys[0] + 80);
 
         // What the chart leaves behind.
-        QCOMPARE(target.FontBold(), false);
-        QCOMPARE(target.DrawWidth(), 1);
+        QCOMPARE(run.target.FontBold(), false);
+        QCOMPARE(run.target.DrawWidth(), 1);
     }
 
     void controlLineSequence()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
-        QVERIFY(PrintGraphChart(target, plot, ElevenDays(), false, true));
+        ChartRun run;
+        QVERIFY(run.draw(ElevenDays()));
 
-        const std::vector<RecordedOp>& ops = target.ops();
+        const std::vector<RecordedOp>& ops = run.target.ops();
         const auto frame =
             std::find_if(ops.begin(), ops.end(), [](const RecordedOp& op) { return op.kind == Kind::Box; });
         QVERIFY(frame != ops.end());
@@ -168,15 +177,12 @@ private slots:
 
     void limitLabelsBesideTheirLines()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
-        QVERIFY(PrintGraphChart(target, plot, ElevenDays(), false, true));
+        ChartRun run;
+        QVERIFY(run.draw(ElevenDays()));
 
-        QVERIFY(PrintsOf(target, QStringLiteral(" \u00B1 2SD")).empty());
-        const std::vector<RecordedOp> upper = PrintsOf(target, QStringLiteral(" + 2SD"));
-        const std::vector<RecordedOp> lower = PrintsOf(target, QStringLiteral(" - 2SD"));
+        QVERIFY(PrintsOf(run.target, QStringLiteral(" \u00B1 2SD")).empty());
+        const std::vector<RecordedOp> upper = PrintsOf(run.target, QStringLiteral(" + 2SD"));
+        const std::vector<RecordedOp> lower = PrintsOf(run.target, QStringLiteral(" - 2SD"));
         QCOMPARE(upper.size(), size_t(1));
         QCOMPARE(lower.size(), size_t(1));
         // Size 6 lines are 150 high: each label is centred on its line, just right of the frame.
@@ -190,73 +196,58 @@ private slots:
 
     void zeroSDGivesOneLimitLabel()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
+        ChartRun run;
         // Limits 5 and 5; values 4..6 give the axis 3.8..6.2 with the mean line at 3000.
-        QVERIFY(PrintGraphChart(
-            target, plot, Series(5, 0, 0, 1, Visits({{Day(2024, 3, 1), 4.0}, {Day(2024, 3, 2), 6.0}})), false, true));
-        const std::vector<RecordedOp> both = PrintsOf(target, QStringLiteral(" \u00B1 2SD"));
+        QVERIFY(run.draw(Series(5, 0, 0, 1, Visits({{Day(2024, 3, 1), 4.0}, {Day(2024, 3, 2), 6.0}}))));
+        const std::vector<RecordedOp> both = PrintsOf(run.target, QStringLiteral(" \u00B1 2SD"));
         QCOMPARE(both.size(), size_t(1));
         QCOMPARE(both[0].x1, 11000.0);
         GRAPH_COMPARE_NEAR(both[0].y1, 3000 - 75);
-        QVERIFY(PrintsOf(target, QStringLiteral(" + 2SD")).empty());
-        QVERIFY(PrintsOf(target, QStringLiteral(" - 2SD")).empty());
+        QVERIFY(PrintsOf(run.target, QStringLiteral(" + 2SD")).empty());
+        QVERIFY(PrintsOf(run.target, QStringLiteral(" - 2SD")).empty());
     }
 
     void limitsEqualInSinglePrecisionShareOneLabel()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
+        ChartRun run;
         // An SD of 1e-9 puts the two limits some 1e-5 units apart: different
         // doubles, the same single-precision value.
-        QVERIFY(PrintGraphChart(target, plot,
-                                Series(5, 1e-9, 0, 1, Visits({{Day(2024, 3, 1), 4.0}, {Day(2024, 3, 2), 6.0}})), false,
-                                true));
-        QCOMPARE(PrintsOf(target, QStringLiteral(" \u00B1 2SD")).size(), size_t(1));
-        QVERIFY(PrintsOf(target, QStringLiteral(" + 2SD")).empty());
+        QVERIFY(run.draw(Series(5, 1e-9, 0, 1, Visits({{Day(2024, 3, 1), 4.0}, {Day(2024, 3, 2), 6.0}}))));
+        QCOMPARE(PrintsOf(run.target, QStringLiteral(" \u00B1 2SD")).size(), size_t(1));
+        QVERIFY(PrintsOf(run.target, QStringLiteral(" + 2SD")).empty());
     }
 
     void allZeroSeriesHasSymmetricAxisAndNoMarkers()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
+        ChartRun run;
         const RecordsetPtr zeros = Visits({{Day(2024, 3, 1), 0.0}, {Day(2024, 3, 2), 0.0}, {Day(2024, 3, 4), 0.0}});
-        QVERIFY(PrintGraphChart(target, plot, Series(0, 0, 0, 2, zeros), false, true));
+        QVERIFY(run.draw(Series(0, 0, 0, 2, zeros)));
 
-        QCOMPARE(target.countOf(Kind::PSet), 0);
-        QCOMPARE(target.countOf(Kind::Circle), 0);
+        QCOMPARE(run.target.countOf(Kind::PSet), 0);
+        QCOMPARE(run.target.countOf(Kind::Circle), 0);
 
         // Axis -1.2..1.2: YScale 4000 / 2.4, labels every Round(0.48, 3) = 0.48.
         const QStringList labels{QStringLiteral(" -0.72  "), QStringLiteral(" -0.24  "), QStringLiteral(" 0.24  "),
                                  QStringLiteral(" 0.72  ")};
         const double ys[] = {4200, 3400, 2600, 1800};
-        QCOMPARE(target.texts().mid(0, 4), labels);
-        const std::vector<RecordedOp> prints = target.opsOf(Kind::Print);
+        QCOMPARE(run.target.texts().mid(0, 4), labels);
+        const std::vector<RecordedOp> prints = run.target.opsOf(Kind::Print);
         for (int i = 0; i < 4; ++i)
             GRAPH_COMPARE_NEAR(prints[i].y1, ys[i] - 100);
-        QCOMPARE(target.texts().mid(4), QStringList{QStringLiteral(" \u00B1 2SD")});
+        QCOMPARE(run.target.texts().mid(4), QStringList{QStringLiteral(" \u00B1 2SD")});
         GRAPH_COMPARE_NEAR(prints[4].y1, 3000 - 75);
     }
 
     void allZeroSeriesLabelStepFollowsDecimals()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
+        ChartRun run;
         const RecordsetPtr zeros = Visits({{Day(2024, 3, 1), 0.0}, {Day(2024, 3, 2), 0.0}});
-        QVERIFY(PrintGraphChart(target, plot, Series(0, 0, 0, 0, zeros), false, true));
+        QVERIFY(run.draw(Series(0, 0, 0, 0, zeros)));
 
         // Round(0.48, 1) = 0.5: ticks at -0.7, -0.2, 0.3 and 0.8 on the axis -1.2..1.2.
         // The axis's tick marks are the lines drawn before the frame.
         std::vector<double> ticks;
-        for (const RecordedOp& op : target.ops())
+        for (const RecordedOp& op : run.target.ops())
         {
             if (op.kind == Kind::Box)
                 break;
@@ -272,19 +263,16 @@ private slots:
 
     void oneDayPutsEveryMarkerInTheMiddle()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
+        ChartRun run;
         const RecordsetPtr sameDay = Visits({{Day(2024, 3, 1), 9.0}, {Day(2024, 3, 1), 10.0}, {Day(2024, 3, 1), 11.0}});
-        QVERIFY(PrintGraphChart(target, plot, Series(10, 1, 0.1, 1, sameDay), false, true));
+        QVERIFY(run.draw(Series(10, 1, 0.1, 1, sameDay)));
 
         // DaySlots 2: XStep is half the plot's width, so x = Left + half.
-        const std::vector<RecordedOp> frames = target.opsOf(Kind::Box);
+        const std::vector<RecordedOp> frames = run.target.opsOf(Kind::Box);
         QCOMPARE(frames.size(), size_t(1));
         const double middle = (frames[0].x1 + frames[0].x2) / 2;
         QCOMPARE(middle, 6386.0);
-        const std::vector<RecordedOp> points = target.opsOf(Kind::PSet);
+        const std::vector<RecordedOp> points = run.target.opsOf(Kind::PSet);
         QCOMPARE(points.size(), size_t(3));
         for (const RecordedOp& point : points)
             QCOMPARE(point.x1, middle);
@@ -292,19 +280,16 @@ private slots:
 
     void zeroValuesAreNeitherPlottedNorTheMinimum()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
+        ChartRun run;
         const RecordsetPtr data =
             Visits({{Day(2024, 3, 1), 0.0}, {Day(2024, 3, 2), 9.0}, {Day(2024, 3, 3), 0.0}, {Day(2024, 3, 4), 12.0}});
-        QVERIFY(PrintGraphChart(target, plot, Series(10, 0.5, 0.05, 1, data), false, true));
+        QVERIFY(run.draw(Series(10, 0.5, 0.05, 1, data)));
 
         // Smallest value 9, not 0: the axis is 7.6..12.4 as for the values 9..12.
-        QCOMPARE(target.texts().mid(0, 4), (QStringList{QStringLiteral(" 8.6  "), QStringLiteral(" 9.5  "),
-                                                        QStringLiteral(" 10.5  "), QStringLiteral(" 11.4  ")}));
+        QCOMPARE(run.target.texts().mid(0, 4), (QStringList{QStringLiteral(" 8.6  "), QStringLiteral(" 9.5  "),
+                                                            QStringLiteral(" 10.5  "), QStringLiteral(" 11.4  ")}));
         // DaySlots 5, XStep 9228 / 5: markers for 03/02 and 03/04 only.
-        const std::vector<RecordedOp> points = target.opsOf(Kind::PSet);
+        const std::vector<RecordedOp> points = run.target.opsOf(Kind::PSet);
         QCOMPARE(points.size(), size_t(2));
         GRAPH_COMPARE_NEAR(points[0].x1, 1772 + 2 * 1845.6);
         GRAPH_COMPARE_NEAR(points[0].y1, 5000.0 - 3500.0 / 3);
@@ -350,45 +335,36 @@ private slots:
 
     void emptyDataSetShowsMessageAndDrawsNothing()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
-        QVERIFY(!PrintGraphChart(target, plot, Series(10, 1, 0.1, 1, Visits({})), true, true));
-        QCOMPARE(boxes.count(), 1);
-        QCOMPARE(boxes.last().text, QStringLiteral("T4111"));
-        QCOMPARE(boxes.last().style, 48);
-        QCOMPARE(boxes.last().title, QStringLiteral("T4087"));
-        QVERIFY(target.drawOps().empty());
-        QCOMPARE(plot.Left, 1000);
-        QCOMPARE(plot.Bottom, 5000);
+        ChartRun run;
+        QVERIFY(!run.draw(Series(10, 1, 0.1, 1, Visits({})), true));
+        QCOMPARE(run.boxes.count(), 1);
+        QCOMPARE(run.boxes.last().text, QStringLiteral("T4111"));
+        QCOMPARE(run.boxes.last().style, 48);
+        QCOMPARE(run.boxes.last().title, QStringLiteral("T4087"));
+        QVERIFY(run.target.drawOps().empty());
+        QCOMPARE(run.plot.Left, 1000);
+        QCOMPARE(run.plot.Bottom, 5000);
     }
 
     void missingVisitDateShowsMessage()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
+        ChartRun run;
         const RecordsetPtr data = Visits({{Day(2024, 3, 1), 9.0}, {QVariant(), 10.0}});
-        QVERIFY(!PrintGraphChart(target, plot, Series(10, 1, 0.1, 1, data), true, true));
-        QCOMPARE(boxes.count(), 1);
-        QCOMPARE(boxes.last().text, QStringLiteral("T4111"));
-        QCOMPARE(boxes.last().style, 48);
-        QCOMPARE(boxes.last().title, QStringLiteral("T4087"));
-        QVERIFY(target.drawOps().empty());
+        QVERIFY(!run.draw(Series(10, 1, 0.1, 1, data), true));
+        QCOMPARE(run.boxes.count(), 1);
+        QCOMPARE(run.boxes.last().text, QStringLiteral("T4111"));
+        QCOMPARE(run.boxes.last().style, 48);
+        QCOMPARE(run.boxes.last().title, QStringLiteral("T4087"));
+        QVERIFY(run.target.drawOps().empty());
     }
 
     void closedOrMissingDataSetIsNoChart()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        PageRect plot = Plot();
-        QVERIFY(!PrintGraphChart(target, plot, Series(10, 1, 0.1, 1, std::make_shared<Recordset>()), true, true));
-        QVERIFY(!PrintGraphChart(target, plot, Series(10, 1, 0.1, 1, nullptr), true, true));
-        QCOMPARE(boxes.count(), 0);
-        QVERIFY(target.ops().empty());
+        ChartRun run;
+        QVERIFY(!run.draw(Series(10, 1, 0.1, 1, std::make_shared<Recordset>()), true));
+        QVERIFY(!run.draw(Series(10, 1, 0.1, 1, nullptr), true));
+        QCOMPARE(run.boxes.count(), 0);
+        QVERIFY(run.target.ops().empty());
     }
 
     void failingDeviceResetsTheFont()
@@ -414,38 +390,32 @@ private slots:
 
     void valueThatIsNoNumberEndsTheChart()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
-        RecordingTarget target;
-        target.SetFontBold(true);
-        target.SetFontSize(14);
-        target.SetDrawStyle(2);
-        PageRect plot = Plot();
+        ChartRun run;
+        run.target.SetFontBold(true);
+        run.target.SetFontSize(14);
+        run.target.SetDrawStyle(2);
         const RecordsetPtr data = Visits({{Day(2024, 3, 1), 9.0}, {Day(2024, 3, 2), QStringLiteral("n/a")}});
-        QVERIFY(!PrintGraphChart(target, plot, Series(10, 1, 0.1, 1, data), true, true));
-        QCOMPARE(target.FontBold(), false);
-        QCOMPARE(target.FontSize(), 10.0);
-        QCOMPARE(target.DrawStyle(), 0);
-        QVERIFY(target.drawOps().empty());
+        QVERIFY(!run.draw(Series(10, 1, 0.1, 1, data), true));
+        QCOMPARE(run.target.FontBold(), false);
+        QCOMPARE(run.target.FontSize(), 10.0);
+        QCOMPARE(run.target.DrawStyle(), 0);
+        QVERIFY(run.target.drawOps().empty());
     }
 
     void tenThousandVisitsDrawTenThousandMarkers()
     {
-        ScopedTestStrings strings;
-        RecordingMessageService boxes;
         auto data = std::make_shared<Recordset>(QStringList{QStringLiteral("VisitDate"), QStringLiteral("Value")});
         const QDate start(2000, 1, 1);
         for (int i = 0; i < 10000; ++i)
             data->AppendRow(QVariantList{start.addDays(i), 4.0 + (i % 7) * 0.1});
-        RecordingTarget target;
-        PageRect plot = Plot();
-        QVERIFY(PrintGraphChart(target, plot, Series(4.3, 0.2, 0.05, 2, data), true, true));
-        QCOMPARE(target.countOf(Kind::PSet), 10000);
-        QCOMPARE(target.countOf(Kind::Circle), 10000);
+        ChartRun run;
+        QVERIFY(run.draw(Series(4.3, 0.2, 0.05, 2, data), true));
+        QCOMPARE(run.target.countOf(Kind::PSet), 10000);
+        QCOMPARE(run.target.countOf(Kind::Circle), 10000);
         // The last visit sits one step inside the right edge of the frame.
-        const RecordedOp frame = target.opsOf(Kind::Box).front();
+        const RecordedOp frame = run.target.opsOf(Kind::Box).front();
         const double step = (frame.x2 - frame.x1) / 10001;
-        GRAPH_COMPARE_NEAR(target.opsOf(Kind::PSet).back().x1, frame.x2 - step);
+        GRAPH_COMPARE_NEAR(run.target.opsOf(Kind::PSet).back().x1, frame.x2 - step);
     }
 };
 
