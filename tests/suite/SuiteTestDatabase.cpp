@@ -11,6 +11,7 @@
 namespace
 {
 const char* const kRegistryVariable = "NORRIX_REGISTRY";
+bool s_alive = false;
 
 // The test server named by the key file the tests were started with, if any.
 const std::optional<SuiteSettings>& testServer()
@@ -56,6 +57,10 @@ QString SuiteRegistryText(const QMap<QString, QVariant>& values)
 
 SuiteTestDatabase::SuiteTestDatabase()
 {
+    // Each test database replaces the one before (on a test server, the same database is emptied).
+    if (s_alive)
+        qFatal("Only one SuiteTestDatabase may exist at a time.");
+    s_alive = true;
     testServer(); // read before this test's key file replaces it
     m_hadRegistry = qEnvironmentVariableIsSet(kRegistryVariable);
     m_previousRegistry = qgetenv(kRegistryVariable);
@@ -93,6 +98,7 @@ SuiteTestDatabase::~SuiteTestDatabase()
         qputenv(kRegistryVariable, m_previousRegistry);
     else
         qunsetenv(kRegistryVariable);
+    s_alive = false;
 }
 
 bool SuiteTestDatabase::onPostgres()

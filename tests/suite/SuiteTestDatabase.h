@@ -17,7 +17,7 @@
 // key file named by NORRIX_REGISTRY at the first use names a PostgreSQL
 // database whose name starts with "calvex_test" (tests/suite/run-postgres.sh
 // starts such a server), every test gets that database instead, emptied
-// first. Tests never touch any other database.
+// first. Tests never touch any other database. One exists at a time.
 class SuiteTestDatabase
 {
 public:

@@ -182,12 +182,11 @@ private slots:
 
     void unreachableDatabaseRaisesReadableError()
     {
-        SuiteTestDatabase elsewhere;
-        elsewhere.setValue(QStringLiteral("Database Driver"), QStringLiteral("QSQLITE"));
-        elsewhere.setValue(QStringLiteral("Database Name"), elsewhere.tempPath(QStringLiteral("gone.sqlite")));
+        SuiteSettings elsewhere;
+        elsewhere.databaseName = m_test->tempPath(QStringLiteral("gone.sqlite"));
         try
         {
-            NorrixPatientQuery().FindByName(QStringLiteral("Smith"), QString(), QString());
+            NorrixPatientQuery(elsewhere).FindByName(QStringLiteral("Smith"), QString(), QString());
             QFAIL("a search on a missing database succeeded");
         }
         catch (const RuntimeError& error)
