@@ -1,0 +1,189 @@
+#include "common/TestMain.h"
+
+#include "SuiteTestDatabase.h"
+#include "suite/NorrixReportStore.h"
+#include "suite/SuiteSchema.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTest>
+
+// The database tool as the program starts it: "NorrixDBQuery auto".
+class TestNorrixDBQuery : public QObject
+{
+    Q_OBJECT
+
+private:
+    struct Run
+    {
+        int exitCode = -1;
+        QString out;
+        QString err;
+    };
+
+    static QString toolPath()
+    {
+        const QString dir = qEnvironmentVariableIsEmpty("CALVEX_BIN_DIR") ? QCoreApplication::applicationDirPath()
+                                                                          : qEnvironmentVariable("CALVEX_BIN_DIR");
+        return QDir(dir).filePath(QStringLiteral("NorrixDBQuery"));
+    }
+
+    // Runs the tool with the test's key file; the test's own connection is
+    // closed first, as another program on the same database would find it.
+    static Run run(const QStringList& arguments = {QStringLiteral("auto")})
+    {
+        SuiteDatabase::closeAllConnections();
+        QProcess process;
+        process.start(toolPath(), arguments);
+        if (!process.waitForFinished(120000))
+            qFatal("NorrixDBQuery did not finish");
+        Run result;
+        result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+        result.out = QString::fromUtf8(process.readAllStandardOutput());
+        result.err = QString::fromUtf8(process.readAllStandardError());
+        return result;
+    }
+
+    static void checkOneLineFailure(const Run& result)
+    {
+        QVERIFY2(result.exitCode != 0, qPrintable(result.out));
+        QVERIFY(result.err.endsWith(u'\n'));
+        QCOMPARE(result.err.count(u'\n'), 1);
+        QVERIFY(result.err.trimmed().size() > 10);
+    }
+
+    static int count(SuiteDatabase& db, const QString& table)
+    {
+        return db.scalar(QStringLiteral("SELECT COUNT(*) FROM ") + table).toInt();
+    }
+
+private slots:
+    void initTestCase() { QVERIFY2(QFile::exists(toolPath()), qPrintable(toolPath())); }
+
+    void createsAndFillsTheEmbeddedDemoDatabase()
+    {
+        SuiteTestDatabase test;
+        test.setValue(QStringLiteral("Demo Database"), 1);
+        const Run first = run();
+        QCOMPARE(first.err, QString());
+        QCOMPARE(first.exitCode, 0);
+        SuiteDatabase& db = test.db();
+        QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion);
+        QVERIFY(count(db, QStringLiteral("patients")) > 300);
+        QCOMPARE(count(db, QStringLiteral("qc_reports")), 8);
+        QCOMPARE(SuiteSchema::checkIntegrity(db), QStringList());
+
+        // Later starts keep what users did in between and add nothing.
+        ReportInfo info;
+        NorrixReportStore().SaveReport(QStringLiteral("Kept"), info);
+        const int patients = count(db, QStringLiteral("patients"));
+        const int results = count(db, QStringLiteral("results"));
+        const Run second = run();
+        QCOMPARE(second.exitCode, 0);
+        QCOMPARE(count(db, QStringLiteral("patients")), patients);
+        QCOMPARE(count(db, QStringLiteral("results")), results);
+        QCOMPARE(count(db, QStringLiteral("qc_reports")), 9);
+        QCOMPARE(NorrixReportStore().CountReportsNamed(QStringLiteral("kept")), 1);
+    }
+
+    void aDatabaseThatIsNotTheDemoStaysEmpty()
+    {
+        SuiteTestDatabase test;
+        const Run result = run();
+        QCOMPARE(result.exitCode, 0);
+        SuiteDatabase& db = test.db();
+        QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion);
+        QCOMPARE(count(db, QStringLiteral("patients")), 0);
+        QVERIFY(count(db, QStringLiteral("variables")) > 27); // the catalogue is always there
+    }
+
+    void migratesAnOlderSchemaKeepingItsRows()
+    {
+        SuiteTestDatabase test;
+        test.setValue(QStringLiteral("Demo Database"), 1);
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db, 1);
+        db.exec(QStringLiteral("INSERT INTO patients (id_num, id_key, last_name, last_key) VALUES (?, ?, ?, ?)"),
+                {QStringLiteral("OLD1"), QStringLiteral("old1"), QStringLiteral("Elder"), QStringLiteral("elder")});
+        const Run result = run();
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY(result.out.contains(QLatin1String("was 1")));
+        QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion);
+        // A database with patients is no new demo database: nothing is added.
+        QCOMPARE(count(db, QStringLiteral("patients")), 1);
+        QCOMPARE(db.scalar(QStringLiteral("SELECT last_name FROM patients")).toString(), QStringLiteral("Elder"));
+    }
+
+    void refusesANewerSchemaAndChangesNothing()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db);
+        db.exec(QStringLiteral("UPDATE schema_version SET version = ?"), {SuiteSchema::CurrentVersion + 1});
+        const Run result = run();
+        checkOneLineFailure(result);
+        QVERIFY(result.err.contains(QLatin1String("newer")));
+        QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion + 1);
+    }
+
+    void refusesADatabaseOfAnotherKind()
+    {
+        SuiteTestDatabase test;
+        test.setValue(QStringLiteral("Demo Database"), 1);
+        SuiteDatabase& db = test.db();
+        db.exec(QStringLiteral("CREATE TABLE invoices (amount INTEGER)"));
+        db.exec(QStringLiteral("INSERT INTO invoices (amount) VALUES (?)"), {42});
+        checkOneLineFailure(run());
+        QCOMPARE(count(db, QStringLiteral("invoices")), 1);
+        QCOMPARE(SuiteSchema::version(db), 0);
+    }
+
+    void unreachableDatabaseFailsWithOneLine()
+    {
+        SuiteTestDatabase test;
+        QFile blocker(test.tempPath(QStringLiteral("not-a-folder")));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+        test.setValue(QStringLiteral("Database Driver"), QStringLiteral("QSQLITE"));
+        test.setValue(QStringLiteral("Database Name"), test.tempPath(QStringLiteral("not-a-folder/qc.sqlite")));
+        Run result = run();
+        checkOneLineFailure(result);
+        QVERIFY(result.err.startsWith(QLatin1String("The QC database cannot be opened")));
+
+        test.setValue(QStringLiteral("Database Driver"), QStringLiteral("QPSQL"));
+        test.setValue(QStringLiteral("Database Host"), QStringLiteral("127.0.0.1"));
+        test.setValue(QStringLiteral("Database Port"), 1);
+        test.setValue(QStringLiteral("Database Name"), QStringLiteral("calvex_test_absent"));
+        result = run();
+        checkOneLineFailure(result);
+        QVERIFY(result.err.startsWith(QLatin1String("The QC database cannot be opened")));
+    }
+
+    void createsTheFolderOfANewDatabaseFile()
+    {
+        SuiteTestDatabase test;
+        const QString path = test.tempPath(QStringLiteral("Norrix/data/new.sqlite"));
+        test.setValue(QStringLiteral("Database Driver"), QStringLiteral("QSQLITE"));
+        test.setValue(QStringLiteral("Database Name"), path);
+        QCOMPARE(run().exitCode, 0);
+        QVERIFY(QFile::exists(path));
+    }
+
+    void anythingButAutoIsAUsageError()
+    {
+        SuiteTestDatabase test;
+        for (const QStringList& arguments : {QStringList(), QStringList{QStringLiteral("drop")},
+                                             QStringList{QStringLiteral("auto"), QStringLiteral("extra")}})
+        {
+            const Run result = run(arguments);
+            QCOMPARE(result.exitCode, 2);
+            QCOMPARE(result.err, QStringLiteral("Usage: NorrixDBQuery auto\n"));
+        }
+        QCOMPARE(SuiteSchema::version(test.db()), 0); // nothing was created
+    }
+};
+
+CALVEX_TEST(TestNorrixDBQuery)
+#include "TestNorrixDBQuery.moc"
