@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDir>
 #include <QFile>
 #include <QMap>
 #include <QTemporaryDir>
@@ -12,7 +13,8 @@ class ScopedRegistryFile
 {
 public:
     explicit ScopedRegistryFile(QMap<QString, QVariant> values = {})
-        : m_values(std::move(values))
+        : m_dir(QDir::tempPath() + QStringLiteral("/calvex-test-XXXXXX"))
+        , m_values(std::move(values))
         , m_hadPrevious(qEnvironmentVariableIsSet("NORRIX_REGISTRY"))
         , m_previous(qgetenv("NORRIX_REGISTRY"))
     {
@@ -40,7 +42,7 @@ public:
     }
 
     QString path() const { return m_dir.filePath(QStringLiteral("registry.reg")); }
-    // A folder of the test's own beside the key file.
+    // A folder of the test's own beside the key file (its path has no blanks).
     QString folder() const { return m_dir.path(); }
 
 private:

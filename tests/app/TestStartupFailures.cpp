@@ -1,0 +1,203 @@
+#include "MainWindowFixture.h"
+
+#include "common/TestMain.h"
+
+namespace
+{
+RecordsetPtr onlyFirstTabReports()
+{
+    auto rs = std::make_shared<Recordset>(
+        QStringList{QStringLiteral("QCReportName"), QStringLiteral("QCReportType"), QStringLiteral("QCReportID")});
+    rs->AppendRow({QStringLiteral("Spirometry QC"), 0, 1});
+    return rs;
+}
+} // namespace
+
+class TestStartupFailures : public QObject
+{
+    Q_OBJECT
+
+    // The program ended: the window ran its shutdown and no store was asked anything.
+    static void verifyEndedBeforeTheLists(MainWindowFixture& f)
+    {
+        QVERIFY(ProgramExitRequested());
+        QVERIFY(f.window->IsUnloaded());
+        QVERIFY(f.store->calls.isEmpty());
+        QVERIFY(f.window->Splash() == nullptr);
+    }
+
+private slots:
+    void engineThatCannotBeCreatedEndsTheProgram()
+    {
+        MainWindowFixture f;
+        ComponentFactory::unregisterClass(CalcEngine::ClassId);
+        f.window->Form_Load();
+        verifyEndedBeforeTheLists(f);
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().style, 16);
+        QVERIFY(f.toolRuns().isEmpty());
+    }
+
+    void refusedSessionEndsTheProgram()
+    {
+        MainWindowFixture f;
+        f.engine->openStatus = 1;
+        f.window->Form_Load();
+        verifyEndedBeforeTheLists(f);
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().text, QStringLiteral("T4115"));
+        QCOMPARE(f.boxes.last().style, 64);
+        QCOMPARE(f.engine->calls, QStringList({QStringLiteral("OpenApplication 6"), QStringLiteral("CloseApplication 6 false"),
+                                               QStringLiteral("released")}));
+    }
+
+    void missingRunRightEndsTheProgram()
+    {
+        MainWindowFixture f;
+        f.engine->rights = {};
+        f.window->Form_Load();
+        verifyEndedBeforeTheLists(f);
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().text, QStringLiteral("T4116"));
+        QVERIFY(f.engine->calls.contains(QStringLiteral("AutoLogoutMinutes")));
+        QVERIFY(!f.engine->calls.contains(QStringLiteral("StartCheck")));
+    }
+
+    void refusedStartShows4125AndEndsTheProgram()
+    {
+        MainWindowFixture f;
+        f.engine->startStatus = -3;
+        f.window->Form_Load();
+        verifyEndedBeforeTheLists(f);
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().text, QStringLiteral("T4125"));
+        QCOMPARE(f.boxes.last().style, 48);
+        QCOMPARE(f.boxes.last().title, QStringLiteral("T4052"));
+        QVERIFY(f.toolRuns().isEmpty());
+    }
+
+    void errorInTheStartCheckShowsItThen4125()
+    {
+        MainWindowFixture f;
+        f.engine->failOn = QStringLiteral("StartCheck");
+        f.window->Form_Load();
+        verifyEndedBeforeTheLists(f);
+        QCOMPARE(f.boxes.count(), 2);
+        QCOMPARE(f.boxes.boxes().at(0).text, QStringLiteral("The engine failed in StartCheck"));
+        QCOMPARE(f.boxes.boxes().at(0).style, 16);
+        QCOMPARE(f.boxes.boxes().at(1).text, QStringLiteral("T4125"));
+    }
+
+    void tabWithoutSavedReportsEndsTheStartUp()
+    {
+        MainWindowFixture f;
+        f.store->listReports = [] { return onlyFirstTabReports(); };
+        f.window->Form_Load();
+        QVERIFY(ProgramExitRequested());
+        QVERIFY(f.window->IsUnloaded());
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().text, QStringLiteral("Invalid property value"));
+        QCOMPARE(f.boxes.last().style, 16);
+        QCOMPARE(f.boxes.last().title, QStringLiteral("T4052"));
+        QVERIFY(f.window->Splash() == nullptr);
+        // The first tab's report was opened before the second tab failed.
+        QVERIFY(f.store->calls.contains(QStringLiteral("OpenReport 1 si=0")));
+        QCOMPARE(f.engine->calls.mid(f.engine->calls.size() - 2),
+                 QStringList({QStringLiteral("CloseApplication 6 false"), QStringLiteral("released")}));
+    }
+
+    void printerProblemShows4117AndTheStartUpGoesOn()
+    {
+        MainWindowFixture f;
+        SetPrinterSource([] { return std::shared_ptr<OutputTarget>(); });
+        f.window->Form_Load();
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().text, QStringLiteral("T4117"));
+        QCOMPARE(f.boxes.last().style, 0);
+        QCOMPARE(f.boxes.last().title, QStringLiteral("T4052"));
+        QVERIFY(!blnAppReady);
+        QVERIFY(!objPrint);
+        QCOMPARE(strStartupPrinter, QString());
+        QVERIFY(!blnPrinterWarned);
+        QVERIFY(!ProgramExitRequested());
+        QCOMPARE(f.tabs().cboReports[1]->currentIndex(), 1);
+        QCOMPARE(f.tabs().msfgVariable[1]->Rows(), 5);
+        QVERIFY(f.window->Splash() == nullptr);
+    }
+
+    void otherPrinterErrorEndsTheProgram()
+    {
+        MainWindowFixture f;
+        SetPrinterSource([]() -> std::shared_ptr<OutputTarget> {
+            throw RuntimeError(5, QStringLiteral("Printer"), QStringLiteral("Invalid procedure call or argument"));
+        });
+        f.window->Form_Load();
+        QVERIFY(ProgramExitRequested());
+        QCOMPARE(f.boxes.last().text, QStringLiteral("Invalid procedure call or argument"));
+        QCOMPARE(f.boxes.last().style, 16);
+        QVERIFY(f.window->Splash() == nullptr);
+        QVERIFY(f.store->calls.isEmpty());
+    }
+
+    void nullDecimalPlacesEndsTheStartUp()
+    {
+        MainWindowFixture f;
+        f.store->listVariables = [](bool si, qint16 tab) {
+            RecordsetPtr rs = FakeCatalogue::variables(si, tab);
+            if (tab == 1)
+                rs->AppendRow({204, QStringLiteral("VE"), QStringLiteral("L/min"), QVariant()});
+            return rs;
+        };
+        f.window->Form_Load();
+        QVERIFY(ProgramExitRequested());
+        QVERIFY(f.window->IsUnloaded());
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().text, QStringLiteral("Invalid use of Null"));
+        QCOMPARE(f.boxes.last().style, 16);
+        QVERIFY(f.window->Splash() == nullptr);
+        QVERIFY(!f.store->calls.contains(QStringLiteral("ListReports")));
+    }
+
+    void emptyTableListEndsTheStartUp()
+    {
+        MainWindowFixture f;
+        f.store->listTables = [](qint16 tab) {
+            return tab == 0 ? std::make_shared<Recordset>(QStringList{QStringLiteral("QCTableID"),
+                                                                      QStringLiteral("QCUserName")})
+                            : FakeCatalogue::tables(tab);
+        };
+        f.window->Form_Load();
+        QVERIFY(ProgramExitRequested());
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().text, QStringLiteral("Invalid property value"));
+        QVERIFY(!f.store->calls.contains(QStringLiteral("ListTables 1")));
+    }
+
+    void storeErrorWhileListingEndsTheProgram()
+    {
+        MainWindowFixture f;
+        f.store->failOn = QStringLiteral("ListReports");
+        f.window->Form_Load();
+        QVERIFY(ProgramExitRequested());
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().text, QStringLiteral("The store failed in ListReports"));
+        QCOMPARE(f.boxes.last().style, 16);
+        QCOMPARE(f.boxes.last().title, QStringLiteral("T4052"));
+    }
+
+    void storeErrorWhileOpeningIsShownAndTheStartUpGoesOn()
+    {
+        MainWindowFixture f;
+        f.store->failOn = QStringLiteral("OpenReport 3");
+        f.window->Form_Load();
+        QVERIFY(!ProgramExitRequested());
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().text, QStringLiteral("The store failed in OpenReport 3"));
+        QCOMPARE(f.boxes.last().style, 48);
+        QVERIFY(!f.window->IsLoading());
+        QCOMPARE(f.tabs().msfgVariable[0]->Rows(), 4);
+    }
+};
+
+CALVEX_TEST(TestStartupFailures)
+#include "TestStartupFailures.moc"
