@@ -1,0 +1,92 @@
+#include "MainWindowFixture.h"
+
+#include "app/HelpFile.h"
+#include "common/TestMain.h"
+#include "suite/NorrixStrings.h"
+
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTextDocumentFragment>
+#include <QUrl>
+
+namespace
+{
+// Receives the URLs the program asks the desktop to open.
+class UrlCatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    QList<QUrl> urls;
+
+public slots:
+    void open(const QUrl& url) { urls.append(url); }
+};
+
+QString helpText(const QString& page)
+{
+    QFile file(QFileInfo(HelpFilePath()).dir().filePath(page));
+    if (!file.open(QIODevice::ReadOnly))
+        return QString();
+    // The page as a reader sees it: tags gone, entities resolved, blanks collapsed.
+    return QTextDocumentFragment::fromHtml(QString::fromUtf8(file.readAll()))
+        .toPlainText()
+        .replace(QRegularExpression(QStringLiteral("\\s+")), QStringLiteral(" "));
+}
+} // namespace
+
+class TestHelp : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void helpIsFoundBesideTheProgram()
+    {
+        const QString path = HelpFilePath();
+        QVERIFY2(!path.isEmpty(), "no help beside the program");
+        QVERIFY(QFileInfo(path).isFile());
+        QCOMPARE(QFileInfo(path).fileName(), QStringLiteral("index.html"));
+        for (const char* page : {"report.html", "chart.html", "messages.html", "style.css"})
+            QVERIFY2(QFileInfo(QFileInfo(path).dir().filePath(QLatin1String(page))).isFile(), page);
+    }
+
+    void helpButtonOpensTheHelpInTheBrowser()
+    {
+        MainWindowFixture f;
+        UrlCatcher catcher;
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
+        f.window->cmdHelp->click();
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+        QCOMPARE(catcher.urls.size(), 1);
+        QCOMPARE(catcher.urls.first(), QUrl::fromLocalFile(HelpFilePath()));
+        QCOMPARE(f.boxes.count(), 0);
+    }
+
+    void messagesPageQuotesTheProgramsTexts()
+    {
+        const QString page = helpText(QStringLiteral("messages.html"));
+        QVERIFY(!page.isEmpty());
+        NorrixStrings strings(QString{});
+        for (qint16 id : {4055, 4056, 4057, 4060, 4061, 4062, 4064, 4075, 4076, 4077, 4078, 4079, 4080, 4081, 4082,
+                          4086, 4091, 4102, 4111, 4115, 4116, 4117, 4118, 4122, 4123, 4124, 4125})
+        {
+            const QString text = strings.GetText(id);
+            QVERIFY2(!text.isEmpty(), qPrintable(QString::number(id)));
+            QVERIFY2(page.contains(QString::number(id) + QLatin1Char(' ') + text), qPrintable(text));
+        }
+    }
+
+    void pagesDescribeTheChart()
+    {
+        const QString chart = helpText(QStringLiteral("chart.html"));
+        for (const char* term : {"mean", "+ 2SD", "- 2SD", "standard deviation", "coefficient of variation", "table"})
+            QVERIFY2(chart.contains(QLatin1String(term)), term);
+        const QString report = helpText(QStringLiteral("report.html"));
+        for (const char* step : {"Saved Reports", "Add", "Save As", "Find...", "mm/dd/yyyy", "Preview", "Print"})
+            QVERIFY2(report.contains(QLatin1String(step)), step);
+    }
+};
+
+CALVEX_TEST(TestHelp)
+#include "TestHelp.moc"
