@@ -120,9 +120,16 @@ QSqlDatabase SuiteDatabase::connection()
     transactions().remove(name);
     if (!isPostgres())
     {
+        // References are checked on SQLite only when asked for, per connection.
+        // A page cache of 32 MB keeps a subject's visits in memory between
+        // the calls of one report.
         QSqlQuery pragma(db);
-        if (!pragma.exec(QStringLiteral("PRAGMA foreign_keys = ON")))
-            failOpen(errorText(pragma.lastError()));
+        for (const QString& setting : {QStringLiteral("PRAGMA foreign_keys = ON"),
+                                       QStringLiteral("PRAGMA cache_size = -32000")})
+        {
+            if (!pragma.exec(setting))
+                failOpen(errorText(pragma.lastError()));
+        }
     }
     return db;
 }

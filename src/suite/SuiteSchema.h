@@ -6,10 +6,11 @@
 class SuiteDatabase;
 
 // The suite's tables, created and migrated step by step. The same statements
-// run on SQLite and PostgreSQL (only the self-numbering key column is spelled
-// per database). Every step runs in one transaction together with the version
-// it reaches, so a failed step leaves the database at the version before it.
-// Steps only add: no step drops or rewrites stored rows.
+// run on SQLite and PostgreSQL (only the self-numbering key column and the
+// storage order of the results are spelled per database). Every step runs in
+// one transaction together with the version it reaches, so a failed step
+// leaves the database at the version before it. Steps only add: no step drops
+// or rewrites stored rows.
 //
 // Versions:
 //   1  patients, catalogue (test tables, variables), visits, results, report
