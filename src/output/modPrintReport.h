@@ -1,0 +1,48 @@
+#pragma once
+
+#include "components/ReportInfo.h"
+#include "output/OutputTarget.h"
+#include "output/PreparedReport.h"
+
+// The whole QC report on one target, shared by the main window's Print, the
+// preview and the batch renderer, so that all of them draw the same pages in
+// the same order: the graph pages first (three charts a page), then the table
+// pages, numbered on from them. No page shows a page total.
+//
+// Store errors while preparing (RuntimeError) reach the caller; by then
+// nothing has been drawn.
+
+// Print's preparation: the graph series, and only when there is at least one
+// the table's data set. False when either fails.
+bool PrepareReport(const ReportInfo& info, bool siUnits, PreparedReport& report);
+
+// The preview's preparation: the graph series must be there; a table that
+// cannot be prepared leaves the graph pages alone to show. The table pages are
+// laid out on target.
+bool PrepareReportPreview(OutputTarget& target, const ReportInfo& info, bool siUnits, PreparedReport& report);
+
+// Measures the table's columns on target and lays out its pages anew; does
+// nothing without a table.
+void SetUpReportTablePages(OutputTarget& target, PreparedReport& report);
+
+// Print after PrepareReport: the table is laid out on the printer, the graph
+// pages are printed, the table is laid out again (now that the job has begun,
+// with the printer's own metrics) and its pages are printed; EndDoc ends the job.
+void PrintPreparedReport(OutputTarget& target, PreparedReport& report);
+
+// The preview's Print: the pages as the preview laid them out, then EndDoc.
+void PrintPreviewedReport(OutputTarget& target, PreparedReport& report);
+
+// Print from a request: PrepareReport, then PrintPreparedReport. False, with
+// nothing printed, when the preparation failed.
+bool PrintReport(OutputTarget& target, const ReportInfo& info, bool siUnits);
+
+// Graph pages of the report (G); its pages 1..G are graph pages.
+qint32 ReportGraphPageCount(const PreparedReport& report);
+// All pages: G graph pages and one page per element of the table page list.
+qint32 ReportPageCount(const PreparedReport& report);
+
+// Draws page `page` (1-based, graph pages first) as the preview shows it: the
+// target is cleared with Cls, no new sheet is started. False, with nothing
+// drawn, for a page the report does not have.
+bool DrawReportPage(OutputTarget& target, PreparedReport& report, qint32 page);
