@@ -69,9 +69,9 @@ SuiteSettings sqliteAt(const QString& path, bool demo)
 
 ReportInfo nineVariables(SuiteDatabase& db, const QString& idNum)
 {
-    const QStringList names{QStringLiteral("FVC"),  QStringLiteral("FEV1"), QStringLiteral("FEV1/FVC"),
-                            QStringLiteral("PEF"),  QStringLiteral("FEF25-75"), QStringLiteral("SVC"),
-                            QStringLiteral("TLC"),  QStringLiteral("DLCO"), QStringLiteral("KCO")};
+    const QStringList names{QStringLiteral("FVC"), QStringLiteral("FEV1"),     QStringLiteral("FEV1/FVC"),
+                            QStringLiteral("PEF"), QStringLiteral("FEF25-75"), QStringLiteral("SVC"),
+                            QStringLiteral("TLC"), QStringLiteral("DLCO"),     QStringLiteral("KCO")};
     SuiteDataLoader loader(db);
     ReportInfo info;
     info.TestTab = 0;

@@ -91,15 +91,15 @@ const QList<Subject>& qcSubjects()
 const QList<Level>& pfLevels()
 {
     static const QList<Level> levels{
-        {QStringLiteral("FVC"), 4.80, 0.025, true},   {QStringLiteral("FEV1"), 3.90, 0.025, true},
-        {QStringLiteral("PEF"), 9.50, 0.05, true},    {QStringLiteral("FEF25-75"), 3.80, 0.06, true},
-        {QStringLiteral("FET"), 8.0, 0.06, false},    {QStringLiteral("SVC"), 4.90, 0.025, true},
-        {QStringLiteral("IC"), 3.30, 0.04, true},     {QStringLiteral("ERV"), 1.60, 0.05, true},
-        {QStringLiteral("TLC"), 6.80, 0.03, true},    {QStringLiteral("RV"), 1.90, 0.05, true},
-        {QStringLiteral("FRC"), 3.40, 0.04, true},    {QStringLiteral("TGV"), 3.50, 0.04, true},
-        {QStringLiteral("Raw"), 1.60, 0.06, false},   {QStringLiteral("sGaw"), 0.20, 0.06, false},
-        {QStringLiteral("MIP"), 105, 0.06, true},     {QStringLiteral("DLCO"), 30.5, 0.045, true},
-        {QStringLiteral("VA"), 6.30, 0.03, true},     {QStringLiteral("Hb"), 14.8, 0.02, false},
+        {QStringLiteral("FVC"), 4.80, 0.025, true}, {QStringLiteral("FEV1"), 3.90, 0.025, true},
+        {QStringLiteral("PEF"), 9.50, 0.05, true},  {QStringLiteral("FEF25-75"), 3.80, 0.06, true},
+        {QStringLiteral("FET"), 8.0, 0.06, false},  {QStringLiteral("SVC"), 4.90, 0.025, true},
+        {QStringLiteral("IC"), 3.30, 0.04, true},   {QStringLiteral("ERV"), 1.60, 0.05, true},
+        {QStringLiteral("TLC"), 6.80, 0.03, true},  {QStringLiteral("RV"), 1.90, 0.05, true},
+        {QStringLiteral("FRC"), 3.40, 0.04, true},  {QStringLiteral("TGV"), 3.50, 0.04, true},
+        {QStringLiteral("Raw"), 1.60, 0.06, false}, {QStringLiteral("sGaw"), 0.20, 0.06, false},
+        {QStringLiteral("MIP"), 105, 0.06, true},   {QStringLiteral("DLCO"), 30.5, 0.045, true},
+        {QStringLiteral("VA"), 6.30, 0.03, true},   {QStringLiteral("Hb"), 14.8, 0.02, false},
     };
     return levels;
 }
@@ -230,8 +230,7 @@ public:
     Generator(SuiteDataLoader& loader, quint64 seed)
         : m_loader(loader)
         , m_random(seed)
-    {
-    }
+    {}
 
     std::vector<SuiteDataLoader::Visit> pfVisits(int subjectIndex, const Subject& subject, const QList<QDate>& dates,
                                                  bool allTables)
@@ -407,8 +406,7 @@ private:
             const auto it = values.find(variable.name);
             if (it == values.end())
                 continue;
-            visit.results.append({tableId, m_loader.variableId(tab, variable.name),
-                                   asReported(variable, it->second)});
+            visit.results.append({tableId, m_loader.variableId(tab, variable.name), asReported(variable, it->second)});
         }
     }
 
@@ -427,35 +425,39 @@ QList<QDate> schedule(const QDate& first, int stepDays)
 QList<SuiteDataLoader::Patient> otherPatients(DemoRandom& random)
 {
     static const QStringList lastNames{
-        QStringLiteral("Smith"),    QStringLiteral("Johnson"),  QStringLiteral("Williams"), QStringLiteral("Brown"),
-        QStringLiteral("Jones"),    QStringLiteral("Garcia"),   QStringLiteral("Miller"),   QStringLiteral("Davis"),
-        QStringLiteral("Rodriguez"), QStringLiteral("Martinez"), QStringLiteral("Hernandez"), QStringLiteral("Lopez"),
-        QStringLiteral("Wilson"),   QStringLiteral("Anderson"), QStringLiteral("Thomas"),   QStringLiteral("Taylor"),
-        QStringLiteral("Moore"),    QStringLiteral("Jackson"),  QStringLiteral("Martin"),   QStringLiteral("Lee"),
-        QStringLiteral("Thompson"), QStringLiteral("White"),    QStringLiteral("Harris"),   QStringLiteral("Clark"),
-        QStringLiteral("Lewis"),    QStringLiteral("Robinson"), QStringLiteral("Walker"),   QStringLiteral("Young"),
-        QStringLiteral("Allen"),    QStringLiteral("King"),     QStringLiteral("Wright"),   QStringLiteral("Scott"),
-        QStringLiteral("Nguyen"),   QStringLiteral("Hill"),     QStringLiteral("Green"),    QStringLiteral("Adams"),
-        QStringLiteral("Baker"),    QStringLiteral("Hall"),     QStringLiteral("Campbell"), QStringLiteral("Mitchell"),
-        QStringLiteral("O'Brien"),  QStringLiteral("O'Connor"), QStringLiteral("Müller"),   QStringLiteral("Núñez"),
-        QStringLiteral("Smithson"), QStringLiteral("Kowalski"), QStringLiteral("Johansson"), QStringLiteral("MacLeod"),
+        QStringLiteral("Smith"),    QStringLiteral("Johnson"),   QStringLiteral("Williams"),
+        QStringLiteral("Brown"),    QStringLiteral("Jones"),     QStringLiteral("Garcia"),
+        QStringLiteral("Miller"),   QStringLiteral("Davis"),     QStringLiteral("Rodriguez"),
+        QStringLiteral("Martinez"), QStringLiteral("Hernandez"), QStringLiteral("Lopez"),
+        QStringLiteral("Wilson"),   QStringLiteral("Anderson"),  QStringLiteral("Thomas"),
+        QStringLiteral("Taylor"),   QStringLiteral("Moore"),     QStringLiteral("Jackson"),
+        QStringLiteral("Martin"),   QStringLiteral("Lee"),       QStringLiteral("Thompson"),
+        QStringLiteral("White"),    QStringLiteral("Harris"),    QStringLiteral("Clark"),
+        QStringLiteral("Lewis"),    QStringLiteral("Robinson"),  QStringLiteral("Walker"),
+        QStringLiteral("Young"),    QStringLiteral("Allen"),     QStringLiteral("King"),
+        QStringLiteral("Wright"),   QStringLiteral("Scott"),     QStringLiteral("Nguyen"),
+        QStringLiteral("Hill"),     QStringLiteral("Green"),     QStringLiteral("Adams"),
+        QStringLiteral("Baker"),    QStringLiteral("Hall"),      QStringLiteral("Campbell"),
+        QStringLiteral("Mitchell"), QStringLiteral("O'Brien"),   QStringLiteral("O'Connor"),
+        QStringLiteral("Müller"),   QStringLiteral("Núñez"),     QStringLiteral("Smithson"),
+        QStringLiteral("Kowalski"), QStringLiteral("Johansson"), QStringLiteral("MacLeod"),
     };
     static const QStringList firstNames{
-        QStringLiteral("James"),  QStringLiteral("Mary"),    QStringLiteral("Robert"),  QStringLiteral("Patricia"),
-        QStringLiteral("John"),   QStringLiteral("Jennifer"), QStringLiteral("Michael"), QStringLiteral("Linda"),
-        QStringLiteral("David"),  QStringLiteral("Elizabeth"), QStringLiteral("William"), QStringLiteral("Barbara"),
-        QStringLiteral("Richard"), QStringLiteral("Susan"),   QStringLiteral("Joseph"),  QStringLiteral("Jessica"),
-        QStringLiteral("Thomas"), QStringLiteral("Sarah"),   QStringLiteral("Charles"), QStringLiteral("Karen"),
-        QStringLiteral("Daniel"), QStringLiteral("Nancy"),   QStringLiteral("Matthew"), QStringLiteral("Lisa"),
-        QStringLiteral("Anthony"), QStringLiteral("Margaret"), QStringLiteral("Mark"),   QStringLiteral("Sandra"),
-        QStringLiteral("Paul"),   QStringLiteral("Ashley"),  QStringLiteral("Steven"),  QStringLiteral("Emily"),
-        QStringLiteral("Seán"),   QStringLiteral("Zoë"),
+        QStringLiteral("James"),   QStringLiteral("Mary"),      QStringLiteral("Robert"),  QStringLiteral("Patricia"),
+        QStringLiteral("John"),    QStringLiteral("Jennifer"),  QStringLiteral("Michael"), QStringLiteral("Linda"),
+        QStringLiteral("David"),   QStringLiteral("Elizabeth"), QStringLiteral("William"), QStringLiteral("Barbara"),
+        QStringLiteral("Richard"), QStringLiteral("Susan"),     QStringLiteral("Joseph"),  QStringLiteral("Jessica"),
+        QStringLiteral("Thomas"),  QStringLiteral("Sarah"),     QStringLiteral("Charles"), QStringLiteral("Karen"),
+        QStringLiteral("Daniel"),  QStringLiteral("Nancy"),     QStringLiteral("Matthew"), QStringLiteral("Lisa"),
+        QStringLiteral("Anthony"), QStringLiteral("Margaret"),  QStringLiteral("Mark"),    QStringLiteral("Sandra"),
+        QStringLiteral("Paul"),    QStringLiteral("Ashley"),    QStringLiteral("Steven"),  QStringLiteral("Emily"),
+        QStringLiteral("Seán"),    QStringLiteral("Zoë"),
     };
     static const QStringList middleNames{
-        QStringLiteral("A"),     QStringLiteral("B"),    QStringLiteral("C"),     QStringLiteral("D"),
-        QStringLiteral("E"),     QStringLiteral("J"),    QStringLiteral("L"),     QStringLiteral("M"),
-        QStringLiteral("Ann"),   QStringLiteral("Lee"),  QStringLiteral("Marie"), QStringLiteral("Lynn"),
-        QStringLiteral("James"), QStringLiteral("Ray"),  QStringLiteral("Grace"), QStringLiteral("Paul"),
+        QStringLiteral("A"),     QStringLiteral("B"),   QStringLiteral("C"),     QStringLiteral("D"),
+        QStringLiteral("E"),     QStringLiteral("J"),   QStringLiteral("L"),     QStringLiteral("M"),
+        QStringLiteral("Ann"),   QStringLiteral("Lee"), QStringLiteral("Marie"), QStringLiteral("Lynn"),
+        QStringLiteral("James"), QStringLiteral("Ray"), QStringLiteral("Grace"), QStringLiteral("Paul"),
     };
     QList<SuiteDataLoader::Patient> patients;
     for (int i = 1; i <= DemoData::OtherPatients; ++i)
@@ -475,12 +477,13 @@ QList<SuiteDataLoader::Patient> otherPatients(DemoRandom& random)
     return patients;
 }
 
+// One variable of a saved definition.
 struct DefinitionItem
 {
     QString table;
     QString variable;
-    bool graph;
-    bool table_;
+    bool inGraph;
+    bool inTable;
 };
 
 ReportInfo definition(SuiteDataLoader& loader, qint16 tab, const QList<DefinitionItem>& items)
@@ -494,8 +497,8 @@ ReportInfo definition(SuiteDataLoader& loader, qint16 tab, const QList<Definitio
         variable.TableName = item.table;
         variable.ParamsDefID = loader.variableId(tab, item.variable);
         variable.VarName = item.variable;
-        variable.ShowInGraph = item.graph;
-        variable.ShowInTable = item.table_;
+        variable.ShowInGraph = item.inGraph;
+        variable.ShowInTable = item.inTable;
         variable.DecimalPlaces = decimalsOf(tab, item.variable);
         info.Variables.append(variable);
     }
@@ -516,10 +519,9 @@ void saveDefinitions(SuiteDatabase& db, SuiteDataLoader& loader)
         return DefinitionItem{table, QString::fromUtf8(name), false, true};
     };
     const QList<QPair<QString, ReportInfo>> definitions{
-        {QStringLiteral("Spirometry"),
-         definition(loader, kPF,
-                    {both(pre, "FVC"), both(pre, "FEV1"), both(pre, "FEV1/FVC"), both(pre, "PEF"),
-                     both(pre, "FEF25-75")})},
+        {QStringLiteral("Spirometry"), definition(loader, kPF,
+                                                  {both(pre, "FVC"), both(pre, "FEV1"), both(pre, "FEV1/FVC"),
+                                                   both(pre, "PEF"), both(pre, "FEF25-75")})},
         {QStringLiteral("Lung Volumes"),
          definition(loader, kPF,
                     {both(pre, "TLC"), both(pre, "RV"), both(pre, "FRC"), both(pre, "SVC"), both(pre, "RV/TLC")})},
@@ -527,18 +529,15 @@ void saveDefinitions(SuiteDatabase& db, SuiteDataLoader& loader)
          definition(loader, kPF, {both(pre, "DLCO"), both(pre, "VA"), both(pre, "KCO"), tableOnly(pre, "Hb")})},
         {QStringLiteral("Plethysmography"),
          definition(loader, kPF, {both(pre, "TGV"), both(pre, "Raw"), both(pre, "sGaw"), both(pre, "TLC")})},
-        {QStringLiteral("Volume QC"),
-         definition(loader, kPF,
-                    {both(pre, "FVC"), both(post, "FVC"), both(pre, "FEV1"), both(post, "FEV1"), both(pre, "SVC"),
-                     both(pre, "TLC")})},
-        {QStringLiteral("Exercise Peak"),
-         definition(loader, kGX,
-                    {both(peak, "VO2"), both(peak, "VO2/kg"), both(peak, "HR"), both(peak, "VE"), both(peak, "RER"),
-                     both(peak, "Work Rate")})},
+        {QStringLiteral("Volume QC"), definition(loader, kPF,
+                                                 {both(pre, "FVC"), both(post, "FVC"), both(pre, "FEV1"),
+                                                  both(post, "FEV1"), both(pre, "SVC"), both(pre, "TLC")})},
+        {QStringLiteral("Exercise Peak"), definition(loader, kGX,
+                                                     {both(peak, "VO2"), both(peak, "VO2/kg"), both(peak, "HR"),
+                                                      both(peak, "VE"), both(peak, "RER"), both(peak, "Work Rate")})},
         {QStringLiteral("Anaerobic Threshold"),
          definition(loader, kGX,
-                    {both(at, "VO2"), both(at, "HR"), both(at, "VE/VCO2"), both(at, "PetCO2"),
-                     both(at, "Work Rate")})},
+                    {both(at, "VO2"), both(at, "HR"), both(at, "VE/VCO2"), both(at, "PetCO2"), both(at, "Work Rate")})},
         {QStringLiteral("Resting"),
          definition(loader, kGX,
                     {both(rest, "VO2"), both(rest, "HR"), both(rest, "SBP"), both(rest, "DBP"), both(rest, "SpO2"),
@@ -550,7 +549,7 @@ void saveDefinitions(SuiteDatabase& db, SuiteDataLoader& loader)
         store.SaveReport(name, info);
 }
 
-void requireEmptyCurrentSchema(SuiteDatabase& db)
+void requireCurrentSchema(SuiteDatabase& db)
 {
     if (SuiteSchema::version(db) != SuiteSchema::CurrentVersion)
         throw RuntimeError(SuiteDatabase::ErrorQueryFailed, SuiteDatabase::ErrorSource,
@@ -560,7 +559,7 @@ void requireEmptyCurrentSchema(SuiteDatabase& db)
 
 void DemoData::fill(SuiteDatabase& db, quint64 seed)
 {
-    requireEmptyCurrentSchema(db);
+    requireCurrentSchema(db);
     if (db.scalar(QStringLiteral("SELECT COUNT(*) FROM patients")).toInt() > 0)
         throw RuntimeError(SuiteDatabase::ErrorQueryFailed, SuiteDatabase::ErrorSource,
                            QStringLiteral("The database holds patients already; the demo data go only into an "
@@ -592,7 +591,7 @@ void DemoData::fill(SuiteDatabase& db, quint64 seed)
 
 void DemoData::addLongSeries(SuiteDatabase& db, const QString& idNum, int visitCount, quint64 seed)
 {
-    requireEmptyCurrentSchema(db);
+    requireCurrentSchema(db);
     SuiteTransaction transaction(db);
     SuiteDataLoader loader(db);
     Generator generator(loader, seed);
@@ -603,8 +602,8 @@ void DemoData::addLongSeries(SuiteDatabase& db, const QString& idNum, int visitC
     QList<QDate> dates;
     for (int i = visitCount - 1; i >= 0; --i)
         dates.append(LastDay.addDays(-i));
-    const qint32 key = loader.addPatient({idNum, QStringLiteral("Control"), subject.firstName, QString(),
-                                          subject.birthday});
+    const qint32 key =
+        loader.addPatient({idNum, QStringLiteral("Control"), subject.firstName, QString(), subject.birthday});
     // Subject index -1: none of the demo's deliberate faults apply.
     loader.addVisits(key, generator.pfVisits(-1, subject, dates, false));
     transaction.commit();

@@ -33,7 +33,6 @@ class DemoData
 public:
     static constexpr quint64 DefaultSeed = 20230102;
     static constexpr int OtherPatients = 320;
-    static inline const QDate FirstDay = QDate(2023, 1, 1);
     static inline const QDate LastDay = QDate(2026, 6, 30);
 
     // Fills a database whose schema is current and which holds no patients

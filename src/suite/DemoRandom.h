@@ -10,8 +10,7 @@ class DemoRandom
 public:
     explicit DemoRandom(quint64 seed)
         : m_state(seed)
-    {
-    }
+    {}
 
     quint64 next();
     // Uniform in [0, 1).

@@ -14,13 +14,11 @@ constexpr qint32 kInvalidProcedureCall = 5;
 
 NorrixCalcEngine::NorrixCalcEngine()
     : NorrixCalcEngine(SuiteSettings::fromRegistry())
-{
-}
+{}
 
 NorrixCalcEngine::NorrixCalcEngine(SuiteSettings settings)
     : m_db(std::move(settings))
-{
-}
+{}
 
 const SuiteUser& NorrixCalcEngine::user()
 {
@@ -130,7 +128,6 @@ void NorrixCalcEngine::log(const QString& kind, qint32 application, const QVaria
     SuiteTransaction transaction(m_db);
     m_db.exec(QStringLiteral("INSERT INTO audit_log (logged_at, user_name, application, event_kind, event_code, "
                              "patient_id_num, auto_logout) VALUES (?, ?, ?, ?, ?, ?, ?)"),
-              {SuiteText::timestamp(Clock::now()), user().name, application, kind,
-               eventCode, patientId, autoLogout});
+              {SuiteText::timestamp(Clock::now()), user().name, application, kind, eventCode, patientId, autoLogout});
     transaction.commit();
 }

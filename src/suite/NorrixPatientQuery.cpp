@@ -36,13 +36,11 @@ QString patternOf(const QString& text)
 
 NorrixPatientQuery::NorrixPatientQuery()
     : NorrixPatientQuery(SuiteSettings::fromRegistry())
-{
-}
+{}
 
 NorrixPatientQuery::NorrixPatientQuery(SuiteSettings settings)
     : m_db(std::move(settings))
-{
-}
+{}
 
 RecordsetPtr NorrixPatientQuery::FindByIdNum(const QString& idNum)
 {
@@ -51,8 +49,7 @@ RecordsetPtr NorrixPatientQuery::FindByIdNum(const QString& idNum)
     return find(prefixCondition(QStringLiteral("id_key")), {patternOf(idNum)});
 }
 
-RecordsetPtr NorrixPatientQuery::FindByName(const QString& lastName, const QString& firstName,
-                                            const QString& midName)
+RecordsetPtr NorrixPatientQuery::FindByName(const QString& lastName, const QString& firstName, const QString& midName)
 {
     if (lastName.trimmed().isEmpty())
         return QueryRecordset::make(patientFields(), {});

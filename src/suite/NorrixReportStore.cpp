@@ -94,13 +94,11 @@ QString unitColumn(bool siUnits)
 
 NorrixReportStore::NorrixReportStore()
     : NorrixReportStore(SuiteSettings::fromRegistry())
-{
-}
+{}
 
 NorrixReportStore::NorrixReportStore(SuiteSettings settings)
     : m_db(std::move(settings))
-{
-}
+{}
 
 NorrixReportStore::~NorrixReportStore()
 {
@@ -114,6 +112,7 @@ NorrixReportStore::~NorrixReportStore()
         }
         catch (const RuntimeError&)
         {
+            // The connection is gone, and the server dropped the transaction with it.
         }
     }
 }
@@ -147,15 +146,15 @@ RecordsetPtr NorrixReportStore::OpenReport(qint32 reportId, bool siUnits, qint32
     if (storedTab.isNull())
         return nullptr;
     tab = storedTab.toInt();
-    QSqlQuery query = m_db.exec(
-        QStringLiteral("SELECT t.name, v.name, %1, p.show_in_graph, p.show_in_table, p.table_id, p.var_id, "
-                       "p.decimal_places "
-                       "FROM qc_report_params p "
-                       "JOIN test_tables t ON t.table_id = p.table_id "
-                       "JOIN variables v ON v.var_id = p.var_id "
-                       "WHERE p.report_id = ? ORDER BY p.param_order")
-            .arg(unitColumn(siUnits)),
-        {reportId});
+    QSqlQuery query =
+        m_db.exec(QStringLiteral("SELECT t.name, v.name, %1, p.show_in_graph, p.show_in_table, p.table_id, p.var_id, "
+                                 "p.decimal_places "
+                                 "FROM qc_report_params p "
+                                 "JOIN test_tables t ON t.table_id = p.table_id "
+                                 "JOIN variables v ON v.var_id = p.var_id "
+                                 "WHERE p.report_id = ? ORDER BY p.param_order")
+                      .arg(unitColumn(siUnits)),
+                  {reportId});
     return QueryRecordset::read(query, {{QStringLiteral("QCUserName"), Kind::Text},
                                         {QStringLiteral("ParamsUserName"), Kind::Text},
                                         {QStringLiteral("ParamsUnit"), Kind::Text},
@@ -217,18 +216,18 @@ bool NorrixReportStore::CanDeleteReport(qint32 reportId, const QString& reserved
 
 qint32 NorrixReportStore::CountReportsNamed(const QString& name)
 {
-    return m_db.scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports WHERE name_key = ?"),
-                       {SuiteText::searchKey(name)})
+    return m_db
+        .scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports WHERE name_key = ?"), {SuiteText::searchKey(name)})
         .toInt();
 }
 
 RecordsetPtr NorrixReportStore::ListTables(qint16 tab)
 {
-    QSqlQuery query = m_db.exec(
-        QStringLiteral("SELECT table_id, name FROM test_tables WHERE tab = ? ORDER BY sort_order, table_id"),
-        {qint32(tab)});
-    return QueryRecordset::read(query, {{QStringLiteral("QCTableID"), Kind::Integer},
-                                        {QStringLiteral("QCUserName"), Kind::Text}});
+    QSqlQuery query =
+        m_db.exec(QStringLiteral("SELECT table_id, name FROM test_tables WHERE tab = ? ORDER BY sort_order, table_id"),
+                  {qint32(tab)});
+    return QueryRecordset::read(
+        query, {{QStringLiteral("QCTableID"), Kind::Integer}, {QStringLiteral("QCUserName"), Kind::Text}});
 }
 
 RecordsetPtr NorrixReportStore::ListVariables(bool siUnits, qint16 tab)
@@ -243,6 +242,21 @@ RecordsetPtr NorrixReportStore::ListVariables(bool siUnits, qint16 tab)
                                         {QStringLiteral("DecimalPlaces"), Kind::Integer}});
 }
 
+void NorrixReportStore::appendPeriod(const Period& period, QString& sql, QVariantList& params)
+{
+    if (period.from.isValid())
+    {
+        sql += QStringLiteral(" AND v.visit_date >= ?");
+        params.append(period.from);
+    }
+    if (period.to.isValid())
+    {
+        sql += QStringLiteral(" AND v.visit_date <= ?");
+        params.append(period.to);
+    }
+    sql += QStringLiteral(" ORDER BY v.visit_date, v.visit_id");
+}
+
 NorrixReportStore::Period NorrixReportStore::periodOf(const ReportInfo& info)
 {
     Period period;
@@ -251,8 +265,7 @@ NorrixReportStore::Period NorrixReportStore::periodOf(const ReportInfo& info)
             return QDate();
         const QDate date = ToDate(QVariant(text.trimmed()));
         if (!date.isValid())
-            fail(ErrorNumber::TypeMismatch,
-                 QStringLiteral("\"%1\" is not a date in the form mm/dd/yyyy.").arg(text));
+            fail(ErrorNumber::TypeMismatch, QStringLiteral("\"%1\" is not a date in the form mm/dd/yyyy.").arg(text));
         return date;
     };
     period.from = read(info.FromDate);
@@ -267,7 +280,7 @@ RecordsetPtr NorrixReportStore::GetGraphData(const ReportInfo& info, qint32 inde
         fail(ErrorNumber::SubscriptOutOfRange, QStringLiteral("The report has no variable %1.").arg(index));
     const ReportVariable& variable = info.Variable(index);
     const Period period = periodOf(info);
-    const Conversion conversion = conversionOf(conversions(m_db), variable.ParamsDefID, siUnits);
+    const Conversion conversion = siUnits ? conversionOf(conversions(m_db), variable.ParamsDefID, true) : Conversion();
 
     QString sql = QStringLiteral("SELECT v.visit_date, r.result_value FROM visits v "
                                  "JOIN patients p ON p.patient_id = v.patient_id "
@@ -275,17 +288,7 @@ RecordsetPtr NorrixReportStore::GetGraphData(const ReportInfo& info, qint32 inde
                                  "WHERE p.id_num = ? AND v.tab = ? AND r.table_id = ? AND r.var_id = ? "
                                  "AND r.result_value IS NOT NULL");
     QVariantList params{info.PatientID, qint32(info.TestTab), variable.TableID, variable.ParamsDefID};
-    if (period.from.isValid())
-    {
-        sql += QStringLiteral(" AND v.visit_date >= ?");
-        params.append(period.from);
-    }
-    if (period.to.isValid())
-    {
-        sql += QStringLiteral(" AND v.visit_date <= ?");
-        params.append(period.to);
-    }
-    sql += QStringLiteral(" ORDER BY v.visit_date, v.visit_id");
+    appendPeriod(period, sql, params);
 
     const QList<Field> fields{{QStringLiteral("VisitDate"), Kind::Date}, {QStringLiteral("Value"), Kind::Double}};
     QSqlQuery query = m_db.exec(sql, params);
@@ -330,17 +333,7 @@ RecordsetPtr NorrixReportStore::GetTableData(const ReportInfo& info, bool siUnit
     QString sql = select + QStringLiteral(" FROM visits v JOIN patients p ON p.patient_id = v.patient_id") + joins +
                   QStringLiteral(" WHERE p.id_num = ? AND v.tab = ?");
     params << info.PatientID << qint32(info.TestTab);
-    if (period.from.isValid())
-    {
-        sql += QStringLiteral(" AND v.visit_date >= ?");
-        params.append(period.from);
-    }
-    if (period.to.isValid())
-    {
-        sql += QStringLiteral(" AND v.visit_date <= ?");
-        params.append(period.to);
-    }
-    sql += QStringLiteral(" ORDER BY v.visit_date, v.visit_id");
+    appendPeriod(period, sql, params);
 
     QSqlQuery query = m_db.exec(sql, params);
     std::vector<QVariantList> rows = QueryRecordset::rows(query, fields);

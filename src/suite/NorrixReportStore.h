@@ -56,6 +56,8 @@ private:
         QDate to;   // invalid = open
     };
     static Period periodOf(const ReportInfo& info);
+    // The period's conditions on the visits "v" and their order.
+    static void appendPeriod(const Period& period, QString& sql, QVariantList& params);
     static void checkTab(qint32 tab);
 
     SuiteDatabase m_db;

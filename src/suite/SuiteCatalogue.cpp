@@ -15,14 +15,9 @@ constexpr double kTransfer = 0.3348;
 const QList<SuiteCatalogue::Table>& SuiteCatalogue::tables()
 {
     static const QList<Table> all{
-        {0, QStringLiteral("Pre")},
-        {0, QStringLiteral("Post")},
-        {0, QStringLiteral("Challenge")},
-        {0, QStringLiteral("Predicted")},
-        {1, QStringLiteral("Rest")},
-        {1, QStringLiteral("Anaerobic Threshold")},
-        {1, QStringLiteral("Peak")},
-        {1, QStringLiteral("Recovery")},
+        {0, QStringLiteral("Pre")},       {0, QStringLiteral("Post")},     {0, QStringLiteral("Challenge")},
+        {0, QStringLiteral("Predicted")}, {1, QStringLiteral("Rest")},     {1, QStringLiteral("Anaerobic Threshold")},
+        {1, QStringLiteral("Peak")},      {1, QStringLiteral("Recovery")},
     };
     return all;
 }
@@ -83,9 +78,8 @@ void SuiteCatalogue::install(SuiteDatabase& db)
     qint32 order = 0;
     for (const Table& table : tables())
         tableRows.push_back({table.tab, table.name, ++order});
-    db.insertRows(QStringLiteral("test_tables"), {QStringLiteral("tab"), QStringLiteral("name"),
-                                                  QStringLiteral("sort_order")},
-                  tableRows);
+    db.insertRows(QStringLiteral("test_tables"),
+                  {QStringLiteral("tab"), QStringLiteral("name"), QStringLiteral("sort_order")}, tableRows);
 
     std::vector<QVariantList> variableRows;
     order = 0;

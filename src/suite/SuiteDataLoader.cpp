@@ -9,11 +9,9 @@
 
 namespace
 {
-const QStringList kPatientColumns{QStringLiteral("id_num"),     QStringLiteral("id_key"),
-                                  QStringLiteral("last_name"),  QStringLiteral("last_key"),
-                                  QStringLiteral("first_name"), QStringLiteral("first_key"),
-                                  QStringLiteral("mid_name"),   QStringLiteral("mid_key"),
-                                  QStringLiteral("birthday")};
+const QStringList kPatientColumns{QStringLiteral("id_num"),   QStringLiteral("id_key"),     QStringLiteral("last_name"),
+                                  QStringLiteral("last_key"), QStringLiteral("first_name"), QStringLiteral("first_key"),
+                                  QStringLiteral("mid_name"), QStringLiteral("mid_key"),    QStringLiteral("birthday")};
 
 // An empty name is stored as null: "no middle name", not "a blank one".
 QVariant nameOrNull(const QString& name)
@@ -29,8 +27,7 @@ QVariant keyOrNull(const QString& name)
 
 SuiteDataLoader::SuiteDataLoader(SuiteDatabase& db)
     : m_db(db)
-{
-}
+{}
 
 QVariantList SuiteDataLoader::patientRow(const Patient& patient)
 {
@@ -99,21 +96,18 @@ void SuiteDataLoader::addUser(const QString& name, const QString& fullName, cons
     std::vector<QVariantList> rows;
     for (const qint32 right : rights)
         rows.push_back({name, right});
-    m_db.insertRows(QStringLiteral("user_rights"), {QStringLiteral("user_name"), QStringLiteral("right_number")},
-                    rows);
+    m_db.insertRows(QStringLiteral("user_rights"), {QStringLiteral("user_name"), QStringLiteral("right_number")}, rows);
     transaction.commit();
 }
 
 qint32 SuiteDataLoader::tableId(qint16 tab, const QString& name)
 {
-    return lookup(m_tableIds, QStringLiteral("SELECT table_id FROM test_tables WHERE tab = ? AND name = ?"), tab,
-                  name);
+    return lookup(m_tableIds, QStringLiteral("SELECT table_id FROM test_tables WHERE tab = ? AND name = ?"), tab, name);
 }
 
 qint32 SuiteDataLoader::variableId(qint16 tab, const QString& name)
 {
-    return lookup(m_variableIds, QStringLiteral("SELECT var_id FROM variables WHERE tab = ? AND name = ?"), tab,
-                  name);
+    return lookup(m_variableIds, QStringLiteral("SELECT var_id FROM variables WHERE tab = ? AND name = ?"), tab, name);
 }
 
 qint32 SuiteDataLoader::lookup(QHash<QString, qint32>& cache, const QString& sql, qint16 tab, const QString& name)

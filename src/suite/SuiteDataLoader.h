@@ -46,8 +46,8 @@ public:
     qint32 addPatient(const Patient& patient);
     void addPatients(const QList<Patient>& patients);
     void addVisits(qint32 patientKey, const std::vector<Visit>& visits);
-    void addUser(const QString& name, const QString& fullName, const QList<qint32>& rights,
-                 qint32 autoLogoutMinutes, bool disabled);
+    void addUser(const QString& name, const QString& fullName, const QList<qint32>& rights, qint32 autoLogoutMinutes,
+                 bool disabled);
 
     // Catalogue IDs by name; RuntimeError when the catalogue has no such entry.
     qint32 tableId(qint16 tab, const QString& name);

@@ -62,8 +62,7 @@ QString errorText(const QSqlError& error)
 SuiteDatabase::SuiteDatabase(SuiteSettings settings, OpenMode mode)
     : m_settings(std::move(settings))
     , m_mode(mode)
-{
-}
+{}
 
 QString SuiteDatabase::connectionName() const
 {
@@ -124,8 +123,8 @@ QSqlDatabase SuiteDatabase::connection()
         // A page cache of 32 MB keeps a subject's visits in memory between
         // the calls of one report.
         QSqlQuery pragma(db);
-        for (const QString& setting : {QStringLiteral("PRAGMA foreign_keys = ON"),
-                                       QStringLiteral("PRAGMA cache_size = -32000")})
+        for (const QString& setting :
+             {QStringLiteral("PRAGMA foreign_keys = ON"), QStringLiteral("PRAGMA cache_size = -32000")})
         {
             if (!pragma.exec(setting))
                 failOpen(errorText(pragma.lastError()));

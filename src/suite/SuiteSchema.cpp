@@ -136,8 +136,8 @@ QStringList userTables(SuiteDatabase& db)
 
 QStringList SuiteSchema::tableNames()
 {
-    return {QStringLiteral("schema_version"), QStringLiteral("patients"),        QStringLiteral("test_tables"),
-            QStringLiteral("variables"),      QStringLiteral("visits"),          QStringLiteral("results"),
+    return {QStringLiteral("schema_version"), QStringLiteral("patients"),         QStringLiteral("test_tables"),
+            QStringLiteral("variables"),      QStringLiteral("visits"),           QStringLiteral("results"),
             QStringLiteral("qc_reports"),     QStringLiteral("qc_report_params"), QStringLiteral("users"),
             QStringLiteral("user_rights"),    QStringLiteral("audit_log")};
 }

@@ -24,11 +24,11 @@ private:
     static QStringList results(SuiteDatabase& db)
     {
         QStringList rows;
-        QSqlQuery query = db.exec(QStringLiteral(
-            "SELECT p.id_num, v.visit_date, v.tab, t.name, va.name, r.result_value FROM results r "
-            "JOIN visits v ON v.visit_id = r.visit_id JOIN patients p ON p.patient_id = v.patient_id "
-            "JOIN test_tables t ON t.table_id = r.table_id JOIN variables va ON va.var_id = r.var_id "
-            "ORDER BY p.id_num, v.visit_date, v.tab, t.sort_order, va.sort_order"));
+        QSqlQuery query = db.exec(
+            QStringLiteral("SELECT p.id_num, v.visit_date, v.tab, t.name, va.name, r.result_value FROM results r "
+                           "JOIN visits v ON v.visit_id = r.visit_id JOIN patients p ON p.patient_id = v.patient_id "
+                           "JOIN test_tables t ON t.table_id = r.table_id JOIN variables va ON va.var_id = r.var_id "
+                           "ORDER BY p.id_num, v.visit_date, v.tab, t.sort_order, va.sort_order"));
         while (query.next())
         {
             rows.append(query.value(0).toString() + u'|' + QueryDate(query.value(1)) + u'|' +
@@ -40,8 +40,7 @@ private:
 
     static QString QueryDate(const QVariant& value)
     {
-        return value.typeId() == QMetaType::QDate ? value.toDate().toString(Qt::ISODate)
-                                                  : value.toString().left(10);
+        return value.typeId() == QMetaType::QDate ? value.toDate().toString(Qt::ISODate) : value.toString().left(10);
     }
 
     static QStringList patients(SuiteDatabase& db)
@@ -125,9 +124,9 @@ private slots:
         }
         pf.sort();
         gx.sort();
-        QCOMPARE(pf, (QStringList{QStringLiteral("DLCO"), QStringLiteral("Lung Volumes"),
-                                  QStringLiteral("Plethysmography"), QStringLiteral("Spirometry"),
-                                  QStringLiteral("Volume QC")}));
+        QCOMPARE(pf,
+                 (QStringList{QStringLiteral("DLCO"), QStringLiteral("Lung Volumes"), QStringLiteral("Plethysmography"),
+                              QStringLiteral("Spirometry"), QStringLiteral("Volume QC")}));
         QVERIFY(gx.size() >= 2);
         QCOMPARE(gx, (QStringList{QStringLiteral("Anaerobic Threshold"), QStringLiteral("Exercise Peak"),
                                   QStringLiteral("Resting")}));
@@ -220,12 +219,11 @@ private slots:
             for (const auto& [table, variable] : series)
             {
                 double mean = 0, sd = 0, cv = 0;
-                NorrixReportStore().GetGraphData(
-                    request(db, subject, 0, table, variable, QStringLiteral("01/01/2023"), QStringLiteral("12/31/2023")),
-                    1, false, mean, sd, cv);
-                QVERIFY2(cv >= 0.015 && cv <= 0.065, qPrintable(QStringLiteral("%1 %2: CV %3")
-                                                                     .arg(subject, variable)
-                                                                     .arg(cv)));
+                NorrixReportStore().GetGraphData(request(db, subject, 0, table, variable, QStringLiteral("01/01/2023"),
+                                                         QStringLiteral("12/31/2023")),
+                                                 1, false, mean, sd, cv);
+                QVERIFY2(cv >= 0.015 && cv <= 0.065,
+                         qPrintable(QStringLiteral("%1 %2: CV %3").arg(subject, variable).arg(cv)));
             }
             double mean = 0, sd = 0, cv = 0;
             NorrixReportStore().GetGraphData(request(db, subject, 1, QStringLiteral("Peak"), QStringLiteral("HR"),
@@ -251,10 +249,10 @@ private slots:
         QVERIFY(db.scalar(QStringLiteral("SELECT COUNT(*) FROM results WHERE result_value = 0")).toInt() >= 3);
         const int visits = int(visitDates(db, QStringLiteral("QC001"), 0).size());
         double mean = 0;
-        RecordsetPtr dlco = NorrixReportStore().GetGraphData(
-            request(db, QStringLiteral("QC001"), 0, QStringLiteral("Pre"), QStringLiteral("DLCO"), QString(),
-                    QStringLiteral("12/31/2026")),
-            1, false, mean, sd, cv);
+        RecordsetPtr dlco =
+            NorrixReportStore().GetGraphData(request(db, QStringLiteral("QC001"), 0, QStringLiteral("Pre"),
+                                                     QStringLiteral("DLCO"), QString(), QStringLiteral("12/31/2026")),
+                                             1, false, mean, sd, cv);
         QVERIFY(dlco->RecordCount() < visits); // some visits have no DLCO
         QVERIFY(dlco->RecordCount() > visits - 5);
     }
@@ -294,10 +292,7 @@ private slots:
         QCOMPARE(results(second), expected);
     }
 
-    void refusesADatabaseWithPatients()
-    {
-        QVERIFY_THROWS_EXCEPTION(RuntimeError, DemoData::fill(m_test->db()));
-    }
+    void refusesADatabaseWithPatients() { QVERIFY_THROWS_EXCEPTION(RuntimeError, DemoData::fill(m_test->db())); }
 
     void longSeriesForBenchmarks()
     {

@@ -42,8 +42,7 @@ private slots:
         loader.addPatients({
             {QStringLiteral("QC001"), QStringLiteral("Control"), QStringLiteral("Adam"), QStringLiteral("Q"),
              QDate(1985, 3, 14)},
-            {QStringLiteral("QC002"), QStringLiteral("Control"), QStringLiteral("Beth"), QString(),
-             QDate(1990, 7, 22)},
+            {QStringLiteral("QC002"), QStringLiteral("Control"), QStringLiteral("Beth"), QString(), QDate(1990, 7, 22)},
             {QStringLiteral("Q_C01"), QStringLiteral("Smith"), QStringLiteral("John"), QStringLiteral("Albert"),
              QDate(1950, 1, 2)},
             {QStringLiteral("A%1"), QStringLiteral("smith"), QStringLiteral("jane"), QString(), QDate(1960, 2, 3)},

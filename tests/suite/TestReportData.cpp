@@ -196,8 +196,8 @@ private slots:
             // Same days, another subject.
             other.push_back({w.date, 0, {{m_pre, m_dlco, 99.0}, {m_pre, m_fev1, 9.9}}});
         }
-        const qint32 key = loader.addPatient({QStringLiteral("QCT01"), QStringLiteral("Control"),
-                                              QStringLiteral("Test"), QString(), QDate(1980, 1, 1)});
+        const qint32 key = loader.addPatient(
+            {QStringLiteral("QCT01"), QStringLiteral("Control"), QStringLiteral("Test"), QString(), QDate(1980, 1, 1)});
         loader.addVisits(key, subject);
         const qint32 otherKey = loader.addPatient({QStringLiteral("QCT010"), QStringLiteral("Other"),
                                                    QStringLiteral("Subject"), QString(), QDate(1980, 1, 1)});
@@ -216,8 +216,8 @@ private slots:
     {
         const QDate from = m_visits[3].date;
         const QDate to = m_visits[10].date;
-        checkGraph(info(text(from), QStringLiteral("%1/%2/%3").arg(to.month()).arg(to.day()).arg(to.year())), 1,
-                   false, dlcoRows(3, 10));
+        checkGraph(info(text(from), QStringLiteral("%1/%2/%3").arg(to.month()).arg(to.day()).arg(to.year())), 1, false,
+                   dlcoRows(3, 10));
         // One day inside at each end leaves both end visits out.
         checkGraph(info(text(from.addDays(1)), text(to.addDays(-1))), 1, false, dlcoRows(4, 9));
     }
@@ -330,19 +330,17 @@ private slots:
     {
         double mean = 0, sd = 0, cv = 0;
         NorrixReportStore store;
-        QVERIFY_THROWS_EXCEPTION(RuntimeError, store.GetGraphData(info(QString(), QStringLiteral("12/31/2024")), 0,
-                                                                  false, mean, sd, cv));
-        QVERIFY_THROWS_EXCEPTION(RuntimeError, store.GetGraphData(info(QString(), QStringLiteral("12/31/2024")), 6,
-                                                                  false, mean, sd, cv));
-        QVERIFY_THROWS_EXCEPTION(RuntimeError, store.GetGraphData(info(QString(), QStringLiteral("13/01/2024")), 1,
-                                                                  false, mean, sd, cv));
-        QVERIFY_THROWS_EXCEPTION(RuntimeError,
-                                 store.GetTableData(info(QStringLiteral("02/30/2024"), QStringLiteral("12/31/2024")),
-                                                    false));
-        QVERIFY_THROWS_EXCEPTION(RuntimeError,
-                                 store.GetTableData(info(QStringLiteral("'; DROP TABLE visits; --"),
-                                                         QStringLiteral("12/31/2024")),
-                                                    false));
+        QVERIFY_THROWS_EXCEPTION(
+            RuntimeError, store.GetGraphData(info(QString(), QStringLiteral("12/31/2024")), 0, false, mean, sd, cv));
+        QVERIFY_THROWS_EXCEPTION(
+            RuntimeError, store.GetGraphData(info(QString(), QStringLiteral("12/31/2024")), 6, false, mean, sd, cv));
+        QVERIFY_THROWS_EXCEPTION(
+            RuntimeError, store.GetGraphData(info(QString(), QStringLiteral("13/01/2024")), 1, false, mean, sd, cv));
+        QVERIFY_THROWS_EXCEPTION(
+            RuntimeError, store.GetTableData(info(QStringLiteral("02/30/2024"), QStringLiteral("12/31/2024")), false));
+        QVERIFY_THROWS_EXCEPTION(
+            RuntimeError,
+            store.GetTableData(info(QStringLiteral("'; DROP TABLE visits; --"), QStringLiteral("12/31/2024")), false));
     }
 
     void tableHasOneFieldPerTableVariableAndOneRowPerVisit()
@@ -404,9 +402,8 @@ private slots:
         compareClose(gx->Value(1).toDouble(), 55.0 * kTransfer); // what the GX visit itself holds
         QVERIFY(gx->Value(3).isNull());
 
-        RecordsetPtr none = NorrixReportStore().GetTableData(info(QStringLiteral("01/01/2020"),
-                                                                  QStringLiteral("01/31/2020")),
-                                                             false);
+        RecordsetPtr none =
+            NorrixReportStore().GetTableData(info(QStringLiteral("01/01/2020"), QStringLiteral("01/31/2020")), false);
         QCOMPARE(none->FieldCount(), 5);
         QVERIFY(none->IsBOF() && none->IsEOF());
 

@@ -18,8 +18,7 @@ class TestSuiteComponents : public QObject
     Q_OBJECT
 
 private:
-    template <class Interface, class Implementation>
-    static void checkCreated()
+    template <class Interface, class Implementation> static void checkCreated()
     {
         std::unique_ptr<Interface> component = ComponentFactory::create<Interface>(Interface::ClassId);
         QVERIFY(component);

@@ -78,8 +78,7 @@ private slots:
         catch (const RuntimeError& error)
         {
             QCOMPARE(error.number(), SuiteDatabase::ErrorCannotOpen);
-            QVERIFY2(error.description().contains(QLatin1String("cannot be opened")),
-                     qPrintable(error.description()));
+            QVERIFY2(error.description().contains(QLatin1String("cannot be opened")), qPrintable(error.description()));
             QVERIFY(error.description().contains(QLatin1String("127.0.0.1:1")));
         }
     }
@@ -152,8 +151,7 @@ private slots:
             throw RuntimeError(1, QStringLiteral("test"), QStringLiteral("failure halfway"));
         }
         catch (const RuntimeError&)
-        {
-        }
+        {}
         QVERIFY(!db.inTransaction());
         QCOMPARE(scratchRows(db), 0);
 

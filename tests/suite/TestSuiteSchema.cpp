@@ -23,12 +23,12 @@ private:
     {
         db.exec(QStringLiteral("INSERT INTO patients (id_num, id_key, last_name, last_key, first_name, first_key, "
                                "birthday) VALUES (?, ?, ?, ?, ?, ?, ?)"),
-                {QStringLiteral("QC900"), QStringLiteral("qc900"), QStringLiteral("O'Brien"),
-                 QStringLiteral("o'brien"), QStringLiteral("Máire"), QStringLiteral("máire"), QDate(1970, 5, 6)});
+                {QStringLiteral("QC900"), QStringLiteral("qc900"), QStringLiteral("O'Brien"), QStringLiteral("o'brien"),
+                 QStringLiteral("Máire"), QStringLiteral("máire"), QDate(1970, 5, 6)});
         const int patient = db.scalar(QStringLiteral("SELECT patient_id FROM patients")).toInt();
-        const int table = db.scalar(QStringLiteral("SELECT table_id FROM test_tables WHERE name = ?"),
-                                    {QStringLiteral("Pre")})
-                              .toInt();
+        const int table =
+            db.scalar(QStringLiteral("SELECT table_id FROM test_tables WHERE name = ?"), {QStringLiteral("Pre")})
+                .toInt();
         const int variable =
             db.scalar(QStringLiteral("SELECT var_id FROM variables WHERE name = ?"), {QStringLiteral("FVC")}).toInt();
         for (int i = 0; i < 5; ++i)
