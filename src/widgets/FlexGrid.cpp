@@ -60,6 +60,9 @@ FlexGrid::FlexGrid(QWidget* parent)
     setColumnCount(2);
     m_colWidths.assign(2, -1);
     verticalHeader()->hide();
+    // Rows as high as a line of text with a little room, not the style's roomier default.
+    verticalHeader()->setMinimumSectionSize(fontMetrics().height() + 4);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
     horizontalHeader()->setSectionsClickable(false);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setStretchLastSection(false);
@@ -69,6 +72,8 @@ FlexGrid::FlexGrid(QWidget* parent)
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setWordWrap(false);
+    // Tab moves on to the next control, as in a form; the arrow keys move within the grid.
+    setTabKeyNavigation(false);
     setCornerButtonEnabled(false);
 
     connect(this, &QTableWidget::currentCellChanged, this,

@@ -3,6 +3,8 @@
 #include "common/TestMain.h"
 #include "widgets/ComboList.h"
 
+#include <QSignalSpy>
+
 namespace
 {
 const char* const kEditingControls[] = {
@@ -117,6 +119,61 @@ private slots:
               "msfgVariable(0)", "msfgVariable(1)", "cmdPrintSetup", "cmdPreview", "cmdPrint", "cmdHelp", "cmdCancel",
               "ActivityTimer"})
             QVERIFY2(f.window->findChild<QObject*>(QLatin1String(name)), name);
+    }
+
+    void tabKeyWalksTheWindowTopToBottom()
+    {
+        MainWindowFixture f;
+        f.window->Form_Load();
+        f.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
+        QWidget* first = f.control<QWidget>(QStringLiteral("txtPatient"));
+        first->setFocus();
+        QStringList order;
+        QWidget* w = first;
+        for (int i = 0; i < 40; ++i)
+        {
+            // The option buttons are one stop: Tab enters the group once.
+            order.append(w->objectName().startsWith(QLatin1String("optFindBy")) ? QStringLiteral("optFindBy")
+                                                                                 : w->objectName());
+            QTest::keyClick(w, Qt::Key_Tab);
+            w = QApplication::focusWidget();
+            if (!w || w == first)
+                break;
+        }
+        QCOMPARE(order, QStringList({QStringLiteral("txtPatient"),      QStringLiteral("optFindBy"),
+                                     QStringLiteral("cmdFind"),         QStringLiteral("mskDate(0)"),
+                                     QStringLiteral("cmdDate(0)"),      QStringLiteral("mskDate(1)"),
+                                     QStringLiteral("cmdDate(1)"),      QStringLiteral("qt_tabwidget_tabbar"),
+                                     QStringLiteral("cboReports(0)"),   QStringLiteral("cboTable(0)"),
+                                     QStringLiteral("cboVariable(0)"),  QStringLiteral("chkShowIn(0)"),
+                                     QStringLiteral("chkShowIn(1)"),    QStringLiteral("cmdVarAdd(0)"),
+                                     QStringLiteral("cmdVarUpdate(0)"), QStringLiteral("cmdVarRemove(0)"),
+                                     QStringLiteral("msfgVariable(0)"), QStringLiteral("cmdNew"),
+                                     QStringLiteral("cmdSave"),         QStringLiteral("cmdSaveAs"),
+                                     QStringLiteral("cmdDelete"),       QStringLiteral("cmdPrintSetup"),
+                                     QStringLiteral("cmdPreview"),      QStringLiteral("cmdPrint"),
+                                     QStringLiteral("cmdHelp"),         QStringLiteral("cmdCancel")}));
+    }
+
+    void acceleratorsComeFromTheCaptions()
+    {
+        MainWindowFixture f;
+        f.window->Form_Load();
+        f.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
+        f.window->activateWindow();
+        QTRY_VERIFY(f.window->isActiveWindow());
+        // "Pre&view" of the string table's caption: Alt+V presses Preview.
+        f.window->ReportRun()->cmdPreview->setText(QStringLiteral("Pre&view"));
+        QSignalSpy preview(f.window->ReportRun()->cmdPreview, &QPushButton::clicked);
+        QTest::keyClick(f.window->windowHandle(), Qt::Key_V, Qt::AltModifier);
+        QTRY_COMPARE(preview.count(), 1); // a mnemonic presses the button visibly, then clicks
+        // "Show In &Graph" on the first tab.
+        QCheckBox* graph = f.tabs().chkShowIn[0];
+        const bool before = graph->isChecked();
+        QTest::keyClick(f.window->windowHandle(), Qt::Key_G, Qt::AltModifier);
+        QTRY_COMPARE(graph->isChecked(), !before);
     }
 
     void windowGrowsWithTheGrid()

@@ -1,0 +1,31 @@
+#include "app/ProgramMain.h"
+
+#include "app/ProgramExit.h"
+#include "app/frmMain.h"
+#include "widgets/QtMessageService.h"
+
+#include <QApplication>
+
+void InitApplication()
+{
+    QApplication::setApplicationName(QStringLiteral("Calvex QC Reports"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Calvex QC Reports"));
+    QApplication::setApplicationVersion(QStringLiteral("%1.%2.%3")
+                                            .arg(CALVEX_VERSION_MAJOR)
+                                            .arg(CALVEX_VERSION_MINOR)
+                                            .arg(CALVEX_VERSION_PATCH));
+    QtMessageService::installAsDefault();
+}
+
+int RunMainWindow(const std::function<void(frmMain&)>& shown)
+{
+    frmMain window;
+    window.Form_Load();
+    // Before the event loop runs, an end of the program is only recorded.
+    if (ProgramExitRequested())
+        return ProgramExitCode();
+    window.show();
+    if (shown)
+        shown(window);
+    return QApplication::exec();
+}
