@@ -28,13 +28,18 @@ std::unique_ptr<QPrinter> CreateSystemPrinter()
     if (!info.isNull())
         return std::make_unique<QPrinter>(info, QPrinter::HighResolution);
 
-    auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
-    printer->setOutputFormat(QPrinter::PdfFormat);
-    printer->setResolution(PdfDotsPerInch);
     QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     if (folder.isEmpty())
         folder = QDir::homePath();
-    printer->setOutputFileName(QDir(folder).filePath(QStringLiteral("QC Report.pdf")));
+    return CreatePdfPrinter(QDir(folder).filePath(QStringLiteral("QC Report.pdf")));
+}
+
+std::unique_ptr<QPrinter> CreatePdfPrinter(const QString& fileName)
+{
+    auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+    printer->setOutputFormat(QPrinter::PdfFormat);
+    printer->setResolution(PdfDotsPerInch);
+    printer->setOutputFileName(fileName);
     return printer;
 }
 

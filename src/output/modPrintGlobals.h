@@ -26,5 +26,9 @@ extern bool blnAppReady;
 // user's documents folder unless its output file is changed.
 std::unique_ptr<QPrinter> CreateSystemPrinter();
 
+// A printer that writes a PDF file at the resolution of an office printer
+// (line widths are in device pixels, so lines come out as thick as on paper).
+std::unique_ptr<QPrinter> CreatePdfPrinter(const QString& fileName);
+
 // The system printer of this run, created on first use.
 std::shared_ptr<PrinterTarget> SystemPrinter();

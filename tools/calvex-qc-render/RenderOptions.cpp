@@ -1,0 +1,117 @@
+#include "RenderOptions.h"
+
+#include "RenderFailure.h"
+#include "components/modReportRequest.h"
+#include "platform/VbConversions.h"
+
+#include <QCommandLineParser>
+
+namespace
+{
+[[noreturn]] void refuseCommandLine(const QString& message)
+{
+    throw RenderFailure{message, true};
+}
+
+[[noreturn]] void refusePeriod(const QString& message)
+{
+    throw RenderFailure{message, false};
+}
+
+QString quoted(const QString& text)
+{
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+void refuseBadPeriod(const QString& from, const QString& to)
+{
+    if (IsValidDateRange(from, to))
+        return;
+    if (!IsDate(to))
+        refusePeriod(QStringLiteral("--to is not a date (MM/DD/YYYY): ") + quoted(to));
+    if (!IsDate(from))
+        refusePeriod(QStringLiteral("--from is not a date (MM/DD/YYYY): ") + quoted(from));
+    refusePeriod(QStringLiteral("--from must be a day before --to: %1 - %2").arg(from, to));
+}
+} // namespace
+
+QString RenderOptions::usage()
+{
+    return QStringLiteral("Usage: calvex-qc-render --tab PF|GX --report NAME --subject ID [--from MM/DD/YYYY] "
+                          "--to MM/DD/YYYY [--si] (--out FILE.pdf | --png-dir DIR)");
+}
+
+RenderOptions RenderOptions::parse(const QStringList& arguments)
+{
+    const QCommandLineOption tab(QStringLiteral("tab"), QString(), QStringLiteral("PF|GX"));
+    const QCommandLineOption report(QStringLiteral("report"), QString(), QStringLiteral("NAME"));
+    const QCommandLineOption subject(QStringLiteral("subject"), QString(), QStringLiteral("ID"));
+    const QCommandLineOption from(QStringLiteral("from"), QString(), QStringLiteral("MM/DD/YYYY"));
+    const QCommandLineOption to(QStringLiteral("to"), QString(), QStringLiteral("MM/DD/YYYY"));
+    const QCommandLineOption si(QStringLiteral("si"));
+    const QCommandLineOption out(QStringLiteral("out"), QString(), QStringLiteral("FILE.pdf"));
+    const QCommandLineOption pngDir(QStringLiteral("png-dir"), QString(), QStringLiteral("DIR"));
+    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    QCommandLineOption today(QStringLiteral("today"), QString(), QStringLiteral("MM/DD/YYYY"));
+    today.setFlags(QCommandLineOption::HiddenFromHelp);
+
+    QCommandLineParser parser;
+    parser.addOptions({tab, report, subject, from, to, si, out, pngDir, help, today});
+    if (!parser.parse(QStringList{QStringLiteral("calvex-qc-render")} + arguments))
+        refuseCommandLine(parser.errorText());
+
+    RenderOptions options;
+    if (parser.isSet(help))
+    {
+        options.helpRequested = true;
+        return options;
+    }
+    if (!parser.positionalArguments().isEmpty())
+        refuseCommandLine(QStringLiteral("unexpected argument ") + quoted(parser.positionalArguments().first()));
+    for (const QCommandLineOption& option : {tab, report, subject, from, to, out, pngDir, today})
+    {
+        if (parser.values(option).size() > 1)
+            refuseCommandLine(QStringLiteral("--%1 is given more than once").arg(option.names().first()));
+    }
+    for (const QCommandLineOption& option : {tab, report, subject, to})
+    {
+        if (!parser.isSet(option))
+            refuseCommandLine(QStringLiteral("--%1 is missing").arg(option.names().first()));
+    }
+
+    const QString tabName = parser.value(tab);
+    if (tabName.compare(QLatin1String("PF"), Qt::CaseInsensitive) == 0)
+        options.tab = 0;
+    else if (tabName.compare(QLatin1String("GX"), Qt::CaseInsensitive) == 0)
+        options.tab = 1;
+    else
+        refuseCommandLine(QStringLiteral("--tab must be PF or GX, not ") + quoted(tabName));
+
+    options.report = parser.value(report).trimmed();
+    if (options.report.isEmpty())
+        refuseCommandLine(QStringLiteral("--report needs the name of a saved QC report"));
+    options.subject = parser.value(subject).trimmed();
+    if (options.subject.isEmpty())
+        refuseCommandLine(QStringLiteral("--subject needs the ID of a QC subject"));
+
+    if (parser.isSet(out) == parser.isSet(pngDir))
+        refuseCommandLine(QStringLiteral("give either --out FILE.pdf or --png-dir DIR"));
+    options.pdfFile = parser.value(out);
+    options.pngFolder = parser.value(pngDir);
+    if (parser.isSet(out) ? options.pdfFile.isEmpty() : options.pngFolder.isEmpty())
+        refuseCommandLine(QStringLiteral("--%1 needs a path").arg(parser.isSet(out) ? QStringLiteral("out")
+                                                                                     : QStringLiteral("png-dir")));
+    options.siUnits = parser.isSet(si);
+
+    if (parser.isSet(today))
+    {
+        if (!IsDate(parser.value(today)))
+            refuseCommandLine(QStringLiteral("--today is not a date (MM/DD/YYYY): ") + quoted(parser.value(today)));
+        options.today = ToDate(parser.value(today));
+    }
+
+    options.from = parser.value(from).trimmed();
+    options.to = parser.value(to).trimmed();
+    refuseBadPeriod(options.from, options.to);
+    return options;
+}

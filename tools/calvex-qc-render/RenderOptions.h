@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QDate>
+#include <QString>
+#include <QStringList>
+
+// The command line of calvex-qc-render:
+//
+//   --tab PF|GX --report NAME --subject ID [--from MM/DD/YYYY] --to MM/DD/YYYY
+//   [--si] (--out FILE.pdf | --png-dir DIR)
+//
+// and, for tests only, the hidden --today MM/DD/YYYY that fixes the date the
+// page header prints.
+struct RenderOptions
+{
+    qint16 tab = 0; // 0 PF, 1 GX
+    QString report;
+    QString subject;
+    QString from; // as given, blanks around it dropped; may be empty
+    QString to;
+    bool siUnits = false; // --si: SI units whatever the site's setting
+    QString pdfFile;      // --out
+    QString pngFolder;    // --png-dir
+    QDate today;          // --today; invalid = the real date
+    bool helpRequested = false;
+
+    static QString usage();
+
+    // The options of arguments (without the program name). Throws
+    // RenderFailure when they are incomplete, repeated, unknown or malformed.
+    // The period is checked as the program checks it.
+    static RenderOptions parse(const QStringList& arguments);
+};

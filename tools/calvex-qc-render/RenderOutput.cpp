@@ -1,0 +1,66 @@
+#include "RenderOutput.h"
+
+#include "RenderFailure.h"
+#include "output/PictureTarget.h"
+#include "output/PrinterTarget.h"
+#include "output/modPrintGlobals.h"
+#include "output/modPrintReport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QPageSize>
+
+namespace
+{
+constexpr double kTwipsPerPoint = 20;
+// Pictures at a tenth of an inch per ten pixels: a letter page is 850 x 1100.
+constexpr int kPngDotsPerInch = 100;
+
+const QPageSize kPaper(QPageSize::Letter);
+
+[[noreturn]] void refuse(const QString& message)
+{
+    throw RenderFailure{message, false};
+}
+
+// Opening the file for writing tells why it cannot be written before any
+// page is drawn; the printer itself would only draw nothing.
+void requireWritableFile(const QString& fileName)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        refuse(QStringLiteral("cannot write %1: %2").arg(fileName, file.errorString()));
+}
+} // namespace
+
+qint32 WritePdf(PreparedReport& report, const QString& fileName)
+{
+    requireWritableFile(fileName);
+    std::unique_ptr<QPrinter> printer = CreatePdfPrinter(fileName);
+    printer->setPageSize(kPaper);
+    printer->setPageOrientation(QPageLayout::Portrait);
+    PrinterTarget target(std::move(printer));
+    PrintPreparedReport(target, report);
+    if (QFileInfo(fileName).size() == 0)
+        refuse(QStringLiteral("no page could be written to %1").arg(fileName));
+    return ReportPageCount(report);
+}
+
+qint32 WritePngPages(PreparedReport& report, const QString& folder)
+{
+    if (!QDir().mkpath(folder))
+        refuse(QStringLiteral("cannot make the folder %1").arg(folder));
+    const QSizeF points = kPaper.size(QPageSize::Point);
+    PictureTarget picture(points.width() * kTwipsPerPoint, points.height() * kTwipsPerPoint, kPngDotsPerInch);
+    SetUpReportTablePages(picture, report);
+    const qint32 pages = ReportPageCount(report);
+    for (qint32 page = 1; page <= pages; ++page)
+    {
+        DrawReportPage(picture, report, page);
+        const QString fileName = QDir(folder).filePath(QStringLiteral("page-%1.png").arg(page, 3, 10, QLatin1Char('0')));
+        if (!picture.image().save(fileName, "PNG"))
+            refuse(QStringLiteral("cannot write %1").arg(fileName));
+    }
+    return pages;
+}

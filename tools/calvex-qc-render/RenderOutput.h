@@ -1,0 +1,16 @@
+#pragma once
+
+#include "output/PreparedReport.h"
+
+#include <QString>
+
+// The prepared report on US Letter pages, as the program prints it. Both
+// throw RenderFailure when the output cannot be written, and return the
+// number of pages written.
+
+// A PDF file through the printer target.
+qint32 WritePdf(PreparedReport& report, const QString& fileName);
+
+// One picture a page, page-001.png, page-002.png ..., drawn through the page
+// picture target as the preview draws them; the folder is made when missing.
+qint32 WritePngPages(PreparedReport& report, const QString& folder);

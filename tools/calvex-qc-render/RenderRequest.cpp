@@ -1,0 +1,130 @@
+#include "RenderRequest.h"
+
+#include "RenderFailure.h"
+#include "components/PatientQuery.h"
+#include "components/QCReportStore.h"
+#include "components/UniqueVarNames.h"
+#include "components/modReportRequest.h"
+#include "platform/ComponentFactory.h"
+#include "platform/VbConversions.h"
+#include "platform/modResource.h"
+
+namespace
+{
+// The most variables a report shows in its graph and in its table.
+constexpr qint32 kMaxVariablesPerKind = 9;
+
+[[noreturn]] void refuse(const QString& message)
+{
+    throw RenderFailure{message, false};
+}
+
+QString tabName(qint16 tab)
+{
+    return tab == 0 ? QStringLiteral("PF") : QStringLiteral("GX");
+}
+
+// A field's text as a grid cell shows it: null-safe, blanks around it dropped.
+QString cellText(const Recordset& rs, const QString& field)
+{
+    return TextOf(rs.Value(field)).trimmed();
+}
+
+qint32 findDefinition(QCReportStore& store, qint16 tab, const QString& name)
+{
+    const RecordsetPtr reports = store.ListReports();
+    if (reports)
+    {
+        for (; !reports->IsEOF(); reports->MoveNext())
+        {
+            if (WholeNumberOfZeroPrefixed(reports->Value(QStringLiteral("QCReportType"))) == tab &&
+                cellText(*reports, QStringLiteral("QCReportName")).compare(name, Qt::CaseInsensitive) == 0)
+                return ToWholeNumber(reports->Value(QStringLiteral("QCReportID")));
+        }
+    }
+    refuse(QStringLiteral("there is no QC report \"%1\" on the %2 tab").arg(name, tabName(tab)));
+}
+
+void loadVariables(const RenderOptions& options, bool siUnits, ReportInfo& info)
+{
+    const std::unique_ptr<QCReportStore> store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
+    const qint32 reportId = findDefinition(*store, options.tab, options.report);
+    qint32 storedTab = options.tab;
+    const RecordsetPtr rows = store->OpenReport(reportId, siUnits, storedTab);
+    if (!rows)
+        refuse(QStringLiteral("the QC report \"%1\" cannot be opened").arg(options.report));
+
+    UniqueVarNames names;
+    for (; !rows->IsEOF(); rows->MoveNext())
+    {
+        const Recordset& row = *rows;
+        ReportVariable variable;
+        variable.TableID = WholeNumberOfZeroPrefixed(row.Value(QStringLiteral("QCTableID")));
+        variable.ParamsDefID = WholeNumberOfZeroPrefixed(row.Value(QStringLiteral("ParamsDefID")));
+        variable.TableName = cellText(row, QStringLiteral("QCUserName"));
+        variable.VarName = names.MakeUnique(cellText(row, QStringLiteral("ParamsUserName")));
+        variable.Unit = cellText(row, QStringLiteral("ParamsUnit"));
+        variable.ShowInGraph = cellText(row, QStringLiteral("ShowInGraph")) == QLatin1String("True");
+        variable.ShowInTable = cellText(row, QStringLiteral("ShowInTable")) == QLatin1String("True");
+        variable.DecimalPlaces = WholeNumberOfZeroPrefixed(row.Value(QStringLiteral("Decimal")));
+        info.Variables.append(variable);
+    }
+}
+
+// The program's own refusals of a request's variables, with its texts.
+void checkVariableCounts(const ReportInfo& info)
+{
+    qint32 inGraph = 0;
+    qint32 inTable = 0;
+    for (const ReportVariable& variable : info.Variables)
+    {
+        inGraph += variable.ShowInGraph ? 1 : 0;
+        inTable += variable.ShowInTable ? 1 : 0;
+    }
+    const QString limit = QStringLiteral(": ") + QString::number(kMaxVariablesPerKind);
+    if (inGraph + inTable == 0)
+        refuse(GetResourceText(4077));
+    if (inGraph > kMaxVariablesPerKind)
+        refuse(GetResourceText(4078) + limit);
+    if (inTable > kMaxVariablesPerKind)
+        refuse(GetResourceText(4079) + limit);
+}
+
+// The search finds every ID that starts with the text, without regard to
+// case; only the whole ID names the subject: the one spelled as given, else
+// the first that differs in case alone.
+void findSubject(const QString& id, ReportInfo& info)
+{
+    const std::unique_ptr<PatientQuery> query = ComponentFactory::create<PatientQuery>(PatientQuery::ClassId);
+    const RecordsetPtr found = query->FindByIdNum(id);
+    bool matched = false;
+    for (; found && !found->IsEOF(); found->MoveNext())
+    {
+        const QString stored = cellText(*found, QStringLiteral("PatientIDNum"));
+        const bool exact = stored == id;
+        if (!exact && (matched || stored.compare(id, Qt::CaseInsensitive) != 0))
+            continue;
+        info.PatientID = stored;
+        info.PatientName = FormatPatientName(cellText(*found, QStringLiteral("PatientFirstName")),
+                                             cellText(*found, QStringLiteral("PatientMidName")),
+                                             cellText(*found, QStringLiteral("PatientLastName")));
+        matched = true;
+        if (exact)
+            break;
+    }
+    if (!matched)
+        refuse(QStringLiteral("there is no QC subject with the ID \"%1\"").arg(id));
+}
+} // namespace
+
+ReportInfo BuildRenderRequest(const RenderOptions& options, bool siUnits)
+{
+    ReportInfo info;
+    info.TestTab = options.tab;
+    info.FromDate = options.from;
+    info.ToDate = options.to;
+    loadVariables(options, siUnits, info);
+    checkVariableCounts(info);
+    findSubject(options.subject, info);
+    return info;
+}

@@ -1,0 +1,135 @@
+// calvex-qc-render: renders the QC report of a saved definition for one QC
+// subject and period, with the same request, store calls and page layouts as
+// the program's Print, to a PDF file or to PNG pages. Exit status 0 on
+// success (with one line saying where the output is), 1 when the report
+// cannot be rendered and 2 for a bad command line; every failure is one line
+// on stderr.
+
+#include "RenderFailure.h"
+#include "RenderOptions.h"
+#include "RenderOutput.h"
+#include "RenderRequest.h"
+#include "output/modPrintReport.h"
+#include "platform/Clock.h"
+#include "platform/RuntimeError.h"
+#include "reports/SIUnitSetting.h"
+#include "suite/SuiteComponents.h"
+#include "suite/SuiteDatabase.h"
+#include "suite/SuiteSettings.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QTextStream>
+
+namespace
+{
+constexpr int kExitFailed = 1;
+constexpr int kExitBadCommandLine = 2;
+
+void printLine(FILE* stream, QString text)
+{
+    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    QTextStream(stream) << text << Qt::endl;
+}
+
+[[noreturn]] void refuse(const QString& message)
+{
+    throw RenderFailure{message, false};
+}
+
+QString periodText(const ReportInfo& info)
+{
+    return info.FromDate.isEmpty() ? QStringLiteral("up to ") + info.ToDate
+                                   : QStringLiteral("from %1 to %2").arg(info.FromDate, info.ToDate);
+}
+
+// The program's Print stops without a word when there is nothing to chart or
+// no table; here the user learns why.
+void prepare(const ReportInfo& info, const RenderOptions& options, bool siUnits, PreparedReport& report)
+{
+    if (!PrepareReport(info, siUnits, report))
+    {
+        if (report.Graphs.empty())
+            refuse(QStringLiteral("the QC report \"%1\" has no variable shown in the graph; it is printed only with "
+                                  "one")
+                       .arg(options.report));
+        refuse(QStringLiteral("the table of the QC report \"%1\" could not be read").arg(options.report));
+    }
+    if (report.Table.Data->RecordCount() == 0)
+        refuse(QStringLiteral("%1 has no %2 visits %3")
+                   .arg(info.PatientID, info.TestTab == 0 ? QStringLiteral("PF") : QStringLiteral("GX"),
+                        periodText(info)));
+}
+
+QString describe(const RuntimeError& error)
+{
+    QString text = error.description();
+    if (error.number() == SuiteDatabase::ErrorCannotOpen && SuiteSettings::fromRegistry().demo)
+        text += QStringLiteral(" \"NorrixDBQuery auto\" creates the demo database.");
+    return text;
+}
+
+int render(const QStringList& arguments)
+{
+    const RenderOptions options = RenderOptions::parse(arguments);
+    if (options.helpRequested)
+    {
+        printLine(stdout, RenderOptions::usage());
+        return 0;
+    }
+    if (options.today.isValid())
+        Clock::pin(QDateTime(options.today, QTime(12, 0)));
+
+    RegisterSuiteComponents();
+    const bool siUnits = options.siUnits || ReadSIUnitSetting();
+    const ReportInfo info = BuildRenderRequest(options, siUnits);
+    PreparedReport report;
+    prepare(info, options, siUnits, report);
+
+    if (options.pngFolder.isEmpty())
+    {
+        const qint32 pages = WritePdf(report, options.pdfFile);
+        printLine(stdout, QStringLiteral("QC report written to %1 (%2 pages)")
+                              .arg(QDir::toNativeSeparators(QFileInfo(options.pdfFile).absoluteFilePath()))
+                              .arg(pages));
+    }
+    else
+    {
+        const qint32 pages = WritePngPages(report, options.pngFolder);
+        printLine(stdout, QStringLiteral("QC report written to %1 (page-001.png to page-%2.png)")
+                              .arg(QDir::toNativeSeparators(QDir(options.pngFolder).absolutePath()))
+                              .arg(pages, 3, 10, QLatin1Char('0')));
+    }
+    return 0;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // A batch renderer shows no window; it needs no display.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("calvex-qc-render"));
+
+    int status = 0;
+    try
+    {
+        status = render(QCoreApplication::arguments().mid(1));
+    }
+    catch (const RenderFailure& failure)
+    {
+        printLine(stderr, QStringLiteral("calvex-qc-render: ") + failure.message);
+        if (failure.badCommandLine)
+            printLine(stderr, RenderOptions::usage());
+        status = failure.badCommandLine ? kExitBadCommandLine : kExitFailed;
+    }
+    catch (const RuntimeError& error)
+    {
+        printLine(stderr, QStringLiteral("calvex-qc-render: ") + describe(error));
+        status = kExitFailed;
+    }
+    SuiteDatabase::closeAllConnections();
+    return status;
+}
