@@ -14,6 +14,8 @@ private slots:
         QTest::addColumn<QString>("to");
         QTest::addColumn<bool>("valid");
 
+        // clang-format off
+
         QTest::newRow("from before to") << "01/01/2024" << "06/30/2024" << true;
         QTest::newRow("one day apart") << "06/29/2024" << "06/30/2024" << true;
         QTest::newRow("open start") << "" << "06/30/2024" << true;
@@ -33,6 +35,7 @@ private slots:
         QTest::newRow("from no date") << "02/30/2024" << "06/30/2024" << false;
         QTest::newRow("from text") << "yesterday" << "06/30/2024" << false;
         QTest::newRow("from empty mask") << "__/__/____" << "06/30/2024" << false;
+        // clang-format on
     }
 
     void dateRange()
@@ -50,6 +53,8 @@ private slots:
         QTest::addColumn<QString>("last");
         QTest::addColumn<QString>("shown");
 
+        // clang-format off
+
         QTest::newRow("all three") << "Adam" << "Q" << "Control" << "Adam Q Control";
         QTest::newRow("no middle name") << "Beth" << "" << "Control" << "Beth Control";
         QTest::newRow("last name only") << "" << "" << "Nakamura" << "Nakamura";
@@ -57,6 +62,7 @@ private slots:
         QTest::newRow("no first name") << "" << "R" << "Control" << "R Control";
         QTest::newRow("nothing") << "" << "" << "" << "";
         QTest::newRow("parts keep their spelling") << "Mary Ann" << "de" << "O'Brien" << "Mary Ann de O'Brien";
+        // clang-format on
     }
 
     void patientName()

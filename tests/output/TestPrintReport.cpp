@@ -219,8 +219,9 @@ private slots:
         answer(info);
         RecordingTarget target;
         QVERIFY(PrintReport(target, info, true));
-        QCOMPARE(m_store->calls, QStringList({QStringLiteral("GetGraphData 1 si=1"), QStringLiteral("GetGraphData 2 si=1"),
-                                              QStringLiteral("GetGraphData 4 si=1"), QStringLiteral("GetTableData si=1")}));
+        QCOMPARE(m_store->calls,
+                 QStringList({QStringLiteral("GetGraphData 1 si=1"), QStringLiteral("GetGraphData 2 si=1"),
+                              QStringLiteral("GetGraphData 4 si=1"), QStringLiteral("GetTableData si=1")}));
 
         m_store->calls.clear();
         RecordingTarget conventional;
@@ -373,7 +374,8 @@ private slots:
         QCOMPARE(printer.countOf(Kind::EndDoc), 1);
         QCOMPARE(printer.ops().back().kind, Kind::EndDoc);
         // No second preparation.
-        QCOMPARE(m_store->calls, QStringList({QStringLiteral("GetGraphData 1 si=0"), QStringLiteral("GetTableData si=0")}));
+        QCOMPARE(m_store->calls,
+                 QStringList({QStringLiteral("GetGraphData 1 si=0"), QStringLiteral("GetTableData si=0")}));
     }
 
     void thePreviewShowsTheGraphPagesWhenTheTableFails()

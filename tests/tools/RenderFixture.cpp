@@ -153,11 +153,11 @@ QImage RenderFixture::rasterPage(const QString& pdfFile, int page, int dotsPerIn
 {
     QTemporaryDir dir;
     const QString prefix = dir.filePath(QStringLiteral("page"));
-    const Result raster = run(QStringLiteral("pdftoppm"),
-                              {QStringLiteral("-r"), QString::number(dotsPerInch), QStringLiteral("-f"),
-                               QString::number(page), QStringLiteral("-l"), QString::number(page),
-                               QStringLiteral("-gray"), QStringLiteral("-png"), QStringLiteral("-singlefile"), pdfFile,
-                               prefix});
+    const Result raster =
+        run(QStringLiteral("pdftoppm"),
+            {QStringLiteral("-r"), QString::number(dotsPerInch), QStringLiteral("-f"), QString::number(page),
+             QStringLiteral("-l"), QString::number(page), QStringLiteral("-gray"), QStringLiteral("-png"),
+             QStringLiteral("-singlefile"), pdfFile, prefix});
     if (raster.exitCode != 0)
         qFatal("pdftoppm (poppler-utils) failed on %s: %s", qPrintable(pdfFile), qPrintable(raster.err));
     return QImage(prefix + QStringLiteral(".png")).convertToFormat(QImage::Format_Grayscale8);

@@ -19,9 +19,9 @@ const QString kUsage = QStringLiteral("Usage: calvex-qc-render --tab PF|GX --rep
 // A request that renders: Spirometry of QC001 in the first half of 2024.
 QStringList Valid()
 {
-    return {QStringLiteral("--tab"),     QStringLiteral("PF"),         QStringLiteral("--report"),
-            QStringLiteral("Spirometry"), QStringLiteral("--subject"), QStringLiteral("QC001"),
-            QStringLiteral("--from"),    QStringLiteral("01/01/2024"), QStringLiteral("--to"),
+    return {QStringLiteral("--tab"),      QStringLiteral("PF"),         QStringLiteral("--report"),
+            QStringLiteral("Spirometry"), QStringLiteral("--subject"),  QStringLiteral("QC001"),
+            QStringLiteral("--from"),     QStringLiteral("01/01/2024"), QStringLiteral("--to"),
             QStringLiteral("06/30/2024")};
 }
 
@@ -63,8 +63,8 @@ class TestRenderCommandLine : public QObject
     // A saved definition of n copies of Spirometry's FVC with the flags given.
     static void saveCopies(const QString& name, int n, bool inGraph, bool inTable)
     {
-        const ReportInfo spirometry = RenderFixture::storedRequest(
-            0, QStringLiteral("Spirometry"), QString(), QString(), QString(), QString(), false);
+        const ReportInfo spirometry = RenderFixture::storedRequest(0, QStringLiteral("Spirometry"), QString(),
+                                                                   QString(), QString(), QString(), false);
         ReportVariable fvc = spirometry.Variable(1);
         fvc.ShowInGraph = inGraph;
         fvc.ShowInTable = inTable;
@@ -80,8 +80,8 @@ private slots:
         saveCopies(QStringLiteral("Table Only"), 2, false, true);
         saveCopies(QStringLiteral("No Flags"), 2, false, false);
         // Ten in the table, one of them in the graph too.
-        const ReportInfo spirometry = RenderFixture::storedRequest(
-            0, QStringLiteral("Spirometry"), QString(), QString(), QString(), QString(), false);
+        const ReportInfo spirometry = RenderFixture::storedRequest(0, QStringLiteral("Spirometry"), QString(),
+                                                                   QString(), QString(), QString(), false);
         QList<ReportVariable> tenInTable(10, spirometry.Variable(1));
         for (ReportVariable& variable : tenInTable)
             variable.ShowInGraph = false;
@@ -150,8 +150,9 @@ private slots:
             return With(option, value) << QStringLiteral("--out") << QStringLiteral("%OUT%");
         };
         // The period as the program checks it.
-        QTest::newRow("from equal to to") << request(QStringLiteral("--from"), QStringLiteral("06/30/2024"))
-                                          << QStringLiteral("--from must be a day before --to: 06/30/2024 - 06/30/2024");
+        QTest::newRow("from equal to to")
+            << request(QStringLiteral("--from"), QStringLiteral("06/30/2024"))
+            << QStringLiteral("--from must be a day before --to: 06/30/2024 - 06/30/2024");
         QTest::newRow("from after to") << request(QStringLiteral("--from"), QStringLiteral("07/01/2024"))
                                        << QStringLiteral("--from must be a day before --to: 07/01/2024 - 06/30/2024");
         QTest::newRow("to no day") << request(QStringLiteral("--to"), QStringLiteral("06/31/2024"))
@@ -165,8 +166,9 @@ private slots:
         // Definitions and subjects.
         QTest::newRow("unknown report") << request(QStringLiteral("--report"), QStringLiteral("Spirometrie"))
                                         << QStringLiteral("there is no QC report \"Spirometrie\" on the PF tab");
-        QTest::newRow("report of the other tab") << request(QStringLiteral("--tab"), QStringLiteral("GX"))
-                                                 << QStringLiteral("there is no QC report \"Spirometry\" on the GX tab");
+        QTest::newRow("report of the other tab")
+            << request(QStringLiteral("--tab"), QStringLiteral("GX"))
+            << QStringLiteral("there is no QC report \"Spirometry\" on the GX tab");
         QTest::newRow("unknown subject") << request(QStringLiteral("--subject"), QStringLiteral("QC999"))
                                          << QStringLiteral("there is no QC subject with the ID \"QC999\"");
         QTest::newRow("part of an ID") << request(QStringLiteral("--subject"), QStringLiteral("QC00"))
@@ -174,9 +176,9 @@ private slots:
         QTest::newRow("no visits") << With(QStringLiteral("--to"), QStringLiteral("06/30/2020"),
                                            request(QStringLiteral("--from"), QStringLiteral("01/01/2020")))
                                    << QStringLiteral("QC001 has no PF visits from 01/01/2020 to 06/30/2020");
-        QTest::newRow("no visits, open start") << With(QStringLiteral("--from"), QString(),
-                                                       request(QStringLiteral("--to"), QStringLiteral("12/31/2022")))
-                                               << QStringLiteral("QC001 has no PF visits up to 12/31/2022");
+        QTest::newRow("no visits, open start")
+            << With(QStringLiteral("--from"), QString(), request(QStringLiteral("--to"), QStringLiteral("12/31/2022")))
+            << QStringLiteral("QC001 has no PF visits up to 12/31/2022");
         // What the program refuses of a definition's variables, in its words.
         QTest::newRow("ten charts") << request(QStringLiteral("--report"), QStringLiteral("Ten Charts"))
                                     << GetResourceText(4078) + QStringLiteral(": 9");
@@ -213,9 +215,8 @@ private slots:
 
     void nineOfEachKindAreAccepted()
     {
-        const RenderFixture::Result result =
-            render(With(QStringLiteral("--report"), QStringLiteral("Nine Charts"))
-                   << QStringLiteral("--out") << QStringLiteral("%OUT%"));
+        const RenderFixture::Result result = render(With(QStringLiteral("--report"), QStringLiteral("Nine Charts"))
+                                                    << QStringLiteral("--out") << QStringLiteral("%OUT%"));
         QCOMPARE(result.err, QString());
         QCOMPARE(result.exitCode, 0);
         // Nine charts on three pages, then the table.
@@ -253,8 +254,8 @@ private slots:
         QCOMPARE(result.exitCode, 0);
         QCOMPARE(result.out, QStringLiteral("QC report written to %1 (page-001.png to page-003.png)\n").arg(folder));
         QCOMPARE(QDir(folder).entryList(QDir::Files),
-                 QStringList({QStringLiteral("page-001.png"), QStringLiteral("page-002.png"),
-                              QStringLiteral("page-003.png")}));
+                 QStringList(
+                     {QStringLiteral("page-001.png"), QStringLiteral("page-002.png"), QStringLiteral("page-003.png")}));
         // A letter page at 100 pixels an inch.
         QCOMPARE(QImage(QDir(folder).filePath(QStringLiteral("page-001.png"))).size(), QSize(850, 1100));
     }

@@ -93,18 +93,13 @@ class TestRenderedPdf : public QObject
                      QStringList& pagesOut)
     {
         const QString pdf = m_fixture->path(report + QStringLiteral(".pdf"));
-        QStringList arguments{QStringLiteral("--tab"),
-                              info.TestTab == 0 ? QStringLiteral("PF") : QStringLiteral("GX"),
-                              QStringLiteral("--report"),
-                              report,
-                              QStringLiteral("--subject"),
-                              info.PatientID,
-                              QStringLiteral("--to"),
-                              info.ToDate,
-                              QStringLiteral("--today"),
-                              kToday,
-                              QStringLiteral("--out"),
-                              pdf};
+        QStringList arguments{
+            QStringLiteral("--tab"),     info.TestTab == 0 ? QStringLiteral("PF") : QStringLiteral("GX"),
+            QStringLiteral("--report"),  report,
+            QStringLiteral("--subject"), info.PatientID,
+            QStringLiteral("--to"),      info.ToDate,
+            QStringLiteral("--today"),   kToday,
+            QStringLiteral("--out"),     pdf};
         if (!info.FromDate.isEmpty())
             arguments << QStringLiteral("--from") << info.FromDate;
         arguments += extraArguments;
@@ -130,8 +125,10 @@ class TestRenderedPdf : public QObject
         for (int p = 0; p < pages.size(); ++p)
         {
             const QString& page = pages.at(p);
-            const QStringList titleLine = page.trimmed().split(QLatin1Char('\n')).first().split(
-                QRegularExpression(QStringLiteral("\\s{2,}")), Qt::SkipEmptyParts);
+            const QStringList titleLine = page.trimmed()
+                                              .split(QLatin1Char('\n'))
+                                              .first()
+                                              .split(QRegularExpression(QStringLiteral("\\s{2,}")), Qt::SkipEmptyParts);
             QCOMPARE(titleLine, QStringList({GetResourceText(4104), kToday}));
             QVERIFY2(period.match(page).hasMatch(), qPrintable(page));
             QVERIFY2(subject.match(page).hasMatch(), qPrintable(page));
@@ -172,10 +169,9 @@ private slots:
 
     void spirometryOfAHalfYear()
     {
-        const ReportInfo info =
-            RenderFixture::storedRequest(0, QStringLiteral("Spirometry"), QStringLiteral("QC001"),
-                                         QStringLiteral("Adam Q Control"), QStringLiteral("01/01/2024"),
-                                         QStringLiteral("06/30/2024"), false);
+        const ReportInfo info = RenderFixture::storedRequest(
+            0, QStringLiteral("Spirometry"), QStringLiteral("QC001"), QStringLiteral("Adam Q Control"),
+            QStringLiteral("01/01/2024"), QStringLiteral("06/30/2024"), false);
         QCOMPARE(ChartCount(info), 5);
         QStringList pages;
         checkReport(info, QStringLiteral("Spirometry"), {}, false, pages);
@@ -209,28 +205,27 @@ private slots:
 
     void anOpenStartRunsFromTheFirstVisit()
     {
-        const ReportInfo info =
-            RenderFixture::storedRequest(0, QStringLiteral("Lung Volumes"), QStringLiteral("QC003"),
-                                         QStringLiteral("Carl R Control"), QString(), QStringLiteral("03/01/2023"), false);
+        const ReportInfo info = RenderFixture::storedRequest(0, QStringLiteral("Lung Volumes"), QStringLiteral("QC003"),
+                                                             QStringLiteral("Carl R Control"), QString(),
+                                                             QStringLiteral("03/01/2023"), false);
         QStringList pages;
         checkReport(info, QStringLiteral("Lung Volumes"), {}, false, pages);
         if (QTest::currentTestFailed())
             return;
-        QVERIFY(pages.first().contains(QRegularExpression(GetResourceText(4040) + QStringLiteral(":\\s+- 03/01/2023"))));
+        QVERIFY(
+            pages.first().contains(QRegularExpression(GetResourceText(4040) + QStringLiteral(":\\s+- 03/01/2023"))));
         // QC003's first PF visit is the first Wednesday of 2023.
         QCOMPARE(PrintedRows(pages.mid(2)).first().first(), QStringLiteral("01/04/2023"));
     }
 
     void siUnitsByOptionOrBySetting()
     {
-        const ReportInfo si =
-            RenderFixture::storedRequest(0, QStringLiteral("DLCO"), QStringLiteral("QC001"),
-                                         QStringLiteral("Adam Q Control"), QStringLiteral("08/01/2024"),
-                                         QStringLiteral("10/31/2024"), true);
-        const ReportInfo conventional =
-            RenderFixture::storedRequest(0, QStringLiteral("DLCO"), QStringLiteral("QC001"),
-                                         QStringLiteral("Adam Q Control"), QStringLiteral("08/01/2024"),
-                                         QStringLiteral("10/31/2024"), false);
+        const ReportInfo si = RenderFixture::storedRequest(
+            0, QStringLiteral("DLCO"), QStringLiteral("QC001"), QStringLiteral("Adam Q Control"),
+            QStringLiteral("08/01/2024"), QStringLiteral("10/31/2024"), true);
+        const ReportInfo conventional = RenderFixture::storedRequest(
+            0, QStringLiteral("DLCO"), QStringLiteral("QC001"), QStringLiteral("Adam Q Control"),
+            QStringLiteral("08/01/2024"), QStringLiteral("10/31/2024"), false);
         // The two systems differ in DLCO's unit and figures, so the check below can tell them apart.
         QVERIFY(si.Variable(1).Unit != conventional.Variable(1).Unit);
 
@@ -256,10 +251,9 @@ private slots:
     {
         // FVC of the challenge table has readings every fourth week only, none
         // between the visits of January 8 and 15.
-        ReportInfo info =
-            RenderFixture::storedRequest(0, QStringLiteral("Spirometry"), QStringLiteral("QC001"),
-                                         QStringLiteral("Adam Q Control"), QStringLiteral("01/01/2024"),
-                                         QStringLiteral("01/10/2024"), false);
+        ReportInfo info = RenderFixture::storedRequest(0, QStringLiteral("Spirometry"), QStringLiteral("QC001"),
+                                                       QStringLiteral("Adam Q Control"), QStringLiteral("01/01/2024"),
+                                                       QStringLiteral("01/10/2024"), false);
         ReportVariable challenge = info.Variable(1);
         const RecordsetPtr tables = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId)->ListTables(0);
         for (; !tables->IsEOF(); tables->MoveNext())
@@ -271,13 +265,13 @@ private slots:
         RenderFixture::saveDefinition(QStringLiteral("Challenge check"), 0, {info.Variable(1), challenge});
 
         const QString pdf = m_fixture->path(QStringLiteral("challenge.pdf"));
-        const RenderFixture::Result result = m_fixture->render(
-            {QStringLiteral("--tab"), QStringLiteral("PF"), QStringLiteral("--report"), QStringLiteral("Challenge check"),
-             QStringLiteral("--subject"), QStringLiteral("QC001"), QStringLiteral("--from"), QStringLiteral("01/02/2024"),
-             QStringLiteral("--to"), QStringLiteral("01/20/2024"), QStringLiteral("--out"), pdf});
+        const RenderFixture::Result result =
+            m_fixture->render({QStringLiteral("--tab"), QStringLiteral("PF"), QStringLiteral("--report"),
+                               QStringLiteral("Challenge check"), QStringLiteral("--subject"), QStringLiteral("QC001"),
+                               QStringLiteral("--from"), QStringLiteral("01/02/2024"), QStringLiteral("--to"),
+                               QStringLiteral("01/20/2024"), QStringLiteral("--out"), pdf});
         QCOMPARE(result.exitCode, 0);
-        QCOMPARE(result.err,
-                 GetResourceText(4087) + QStringLiteral(": ") + GetResourceText(4111) + QLatin1Char('\n'));
+        QCOMPARE(result.err, GetResourceText(4087) + QStringLiteral(": ") + GetResourceText(4111) + QLatin1Char('\n'));
         const QStringList pages = RenderFixture::pdfPages(pdf);
         QCOMPARE(pages.size(), 2);
         QCOMPARE(pages.first().count(GetResourceText(4108) + QStringLiteral(": ")), 1);

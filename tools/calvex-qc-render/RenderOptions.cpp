@@ -99,8 +99,8 @@ RenderOptions RenderOptions::parse(const QStringList& arguments)
     options.pdfFile = parser.value(out);
     options.pngFolder = parser.value(pngDir);
     if (parser.isSet(out) ? options.pdfFile.isEmpty() : options.pngFolder.isEmpty())
-        refuseCommandLine(QStringLiteral("--%1 needs a path").arg(parser.isSet(out) ? QStringLiteral("out")
-                                                                                     : QStringLiteral("png-dir")));
+        refuseCommandLine(QStringLiteral("--%1 needs a path")
+                              .arg(parser.isSet(out) ? QStringLiteral("out") : QStringLiteral("png-dir")));
     options.siUnits = parser.isSet(si);
 
     if (parser.isSet(today))

@@ -58,7 +58,8 @@ qint32 WritePngPages(PreparedReport& report, const QString& folder)
     for (qint32 page = 1; page <= pages; ++page)
     {
         DrawReportPage(picture, report, page);
-        const QString fileName = QDir(folder).filePath(QStringLiteral("page-%1.png").arg(page, 3, 10, QLatin1Char('0')));
+        const QString fileName =
+            QDir(folder).filePath(QStringLiteral("page-%1.png").arg(page, 3, 10, QLatin1Char('0')));
         if (!picture.image().save(fileName, "PNG"))
             refuse(QStringLiteral("cannot write %1").arg(fileName));
     }
