@@ -10,10 +10,8 @@ void InitApplication()
 {
     QApplication::setApplicationName(QStringLiteral("Calvex QC Reports"));
     QApplication::setApplicationDisplayName(QStringLiteral("Calvex QC Reports"));
-    QApplication::setApplicationVersion(QStringLiteral("%1.%2.%3")
-                                            .arg(CALVEX_VERSION_MAJOR)
-                                            .arg(CALVEX_VERSION_MINOR)
-                                            .arg(CALVEX_VERSION_PATCH));
+    QApplication::setApplicationVersion(
+        QStringLiteral("%1.%2.%3").arg(CALVEX_VERSION_MAJOR).arg(CALVEX_VERSION_MINOR).arg(CALVEX_VERSION_PATCH));
     QtMessageService::installAsDefault();
 }
 

@@ -81,7 +81,10 @@ frmSplash::frmSplash(QWidget* parent)
 
 QString frmSplash::VersionText()
 {
-    return QStringLiteral("Version %1.%2.%3").arg(CALVEX_VERSION_MAJOR).arg(CALVEX_VERSION_MINOR).arg(CALVEX_VERSION_PATCH);
+    return QStringLiteral("Version %1.%2.%3")
+        .arg(CALVEX_VERSION_MAJOR)
+        .arg(CALVEX_VERSION_MINOR)
+        .arg(CALVEX_VERSION_PATCH);
 }
 
 void frmSplash::Form_Load()

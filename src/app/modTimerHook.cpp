@@ -7,13 +7,11 @@ bool blnLogoutPending = false;
 void InstallActivityHooks()
 {
     if (lngLogoutSeconds > 0)
-    {
-    }
+    {}
 }
 
 void RemoveActivityHooks()
 {
     if (lngLogoutSeconds > 0)
-    {
-    }
+    {}
 }

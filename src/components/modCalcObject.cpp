@@ -82,8 +82,7 @@ void SetCurrentPatient()
 void ReleasePatient()
 {
     if (objCalc && !strCurrentPatientID.isEmpty())
-        objCalc->PatientNotify(CalcEngine::EventPatientReleased, CalcEngine::ApplicationNumber, 0,
-                               strCurrentPatientID);
+        objCalc->PatientNotify(CalcEngine::EventPatientReleased, CalcEngine::ApplicationNumber, 0, strCurrentPatientID);
 }
 
 void CloseApplication(bool autoLogout)

@@ -11,9 +11,9 @@
 // and the notifications about the QC subject this program holds.
 
 extern std::unique_ptr<CalcEngine> objCalc;
-extern bool blnCanRunReports;      // right 500
-extern bool blnCanEditReports;     // right 501
-extern qint32 lngLogoutSeconds;    // 0 = no auto-logout
+extern bool blnCanRunReports;        // right 500
+extern bool blnCanEditReports;       // right 501
+extern qint32 lngLogoutSeconds;      // 0 = no auto-logout
 extern QString strNotifiedPatientID; // the subject the engine was last told about; "" = none
 extern QString strCurrentPatientID;  // the subject the user chose
 

@@ -2,13 +2,11 @@
 
 #include "components/modCalcObject.h"
 #include "platform/VbConversions.h"
-#include "platform/modResource.h"
 #include "widgets/ComboList.h"
 #include "widgets/EventGuard.h"
 #include "widgets/FindComboItem.h"
 
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QVBoxLayout>
 
 namespace
@@ -18,8 +16,7 @@ QString indexedName(const char* name, int index)
     return QLatin1String(name) + QLatin1Char('(') + QString::number(index) + QLatin1Char(')');
 }
 
-template <class W>
-W* makeControl(QWidget* parent, const char* name, int index)
+template <class W> W* makeControl(QWidget* parent, const char* name, int index)
 {
     auto* control = new W(parent);
     control->setObjectName(indexedName(name, index));
@@ -117,8 +114,8 @@ QWidget* ReportTabsPanel::buildTab(int Index)
     pageLayout->addLayout(reportsRow);
 
     auto* pickRow = new QHBoxLayout;
-    pickRow->addWidget(label(lblTable, pf ? QStringLiteral("Table for all variables") : QStringLiteral("Table"),
-                             cboTable[Index]));
+    pickRow->addWidget(
+        label(lblTable, pf ? QStringLiteral("Table for all variables") : QStringLiteral("Table"), cboTable[Index]));
     pickRow->addWidget(cboTable[Index], 1);
     pickRow->addSpacing(12);
     pickRow->addWidget(label(lblVariable, QStringLiteral("Variable"), cboVariable[Index]));

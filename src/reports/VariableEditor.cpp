@@ -64,7 +64,8 @@ bool ReportTabsPanel::ShowSelectedVariable(int Index, int Row)
 
     ComboList::SetListIndex(cboVariable[Index],
                             FindComboItem(cboVariable[Index], ToWholeNumber(grid->TextMatrix(Row, 6)), true, false));
-    ComboList::SetListIndex(cboVarUnits[Index], FindComboItem(cboVarUnits[Index], grid->TextMatrix(Row, 2), false, false));
+    ComboList::SetListIndex(cboVarUnits[Index],
+                            FindComboItem(cboVarUnits[Index], grid->TextMatrix(Row, 2), false, false));
     ComboList::SetListIndex(cboTable[Index],
                             FindComboItem(cboTable[Index], ToWholeNumber(grid->TextMatrix(Row, 5)), true, false));
 

@@ -29,9 +29,8 @@ QString MaskEdBox::FormatDate(const QDate& date) const
     for (int i = 0; i < m_format.size();)
     {
         const QChar c = m_format.at(i).toLower();
-        const int n = (c == QLatin1Char('m') || c == QLatin1Char('d') || c == QLatin1Char('y'))
-                          ? runLength(m_format, i, c)
-                          : 0;
+        const int n =
+            (c == QLatin1Char('m') || c == QLatin1Char('d') || c == QLatin1Char('y')) ? runLength(m_format, i, c) : 0;
         if (c == QLatin1Char('m'))
             out += padded(date.month(), n >= 2 ? 2 : 1);
         else if (c == QLatin1Char('d'))

@@ -88,11 +88,7 @@ struct MainWindowFixture
     }
 
     ReportTabsPanel& tabs() { return *window->ReportTabs(); }
-    template <class W>
-    W* control(const QString& name)
-    {
-        return window->findChild<W*>(name);
-    }
+    template <class W> W* control(const QString& name) { return window->findChild<W*>(name); }
 
     ScopedTestStrings strings;
     RecordingMessageService boxes;

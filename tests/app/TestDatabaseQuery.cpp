@@ -14,9 +14,11 @@ private slots:
         QTest::addColumn<QString>("folder");
         QTest::addColumn<QString>("commandLine");
 #ifdef Q_OS_WIN
-        QTest::newRow("without") << QStringLiteral("C:\\Norrix") << QStringLiteral("C:\\Norrix\\NorrixDBQuery.exe auto");
+        QTest::newRow("without") << QStringLiteral("C:\\Norrix")
+                                 << QStringLiteral("C:\\Norrix\\NorrixDBQuery.exe auto");
         QTest::newRow("with") << QStringLiteral("C:\\Norrix\\") << QStringLiteral("C:\\Norrix\\NorrixDBQuery.exe auto");
-        QTest::newRow("with slash") << QStringLiteral("C:/Norrix/") << QStringLiteral("C:/Norrix/NorrixDBQuery.exe auto");
+        QTest::newRow("with slash") << QStringLiteral("C:/Norrix/")
+                                    << QStringLiteral("C:/Norrix/NorrixDBQuery.exe auto");
 #else
         QTest::newRow("without") << QStringLiteral("/opt/norrix") << QStringLiteral("/opt/norrix/NorrixDBQuery auto");
         QTest::newRow("with") << QStringLiteral("/opt/norrix/") << QStringLiteral("/opt/norrix/NorrixDBQuery auto");
@@ -85,7 +87,8 @@ private slots:
     void toolThatCannotStartShows4081AndTheStartUpGoesOn()
     {
         MainWindowFixture f;
-        f.registry.setValue(QStringLiteral("Executable Path"), QString(f.registry.folder() + QStringLiteral("/nowhere")));
+        f.registry.setValue(QStringLiteral("Executable Path"),
+                            QString(f.registry.folder() + QStringLiteral("/nowhere")));
         f.window->Form_Load();
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.boxes.last().text, QStringLiteral("T4081"));

@@ -8,10 +8,9 @@
 namespace
 {
 const char* const kEditingControls[] = {
-    "cmdNew",          "cmdSave",         "cmdSaveAs",       "cmdDelete",       "cboTable(0)",
-    "cboTable(1)",     "cboVariable(0)",  "cboVariable(1)",  "cmdVarAdd(0)",    "cmdVarAdd(1)",
-    "cmdVarUpdate(0)", "cmdVarUpdate(1)", "cmdVarRemove(0)", "cmdVarRemove(1)", "chkShowIn(0)",
-    "chkShowIn(1)",    "chkShowIn(2)",    "chkShowIn(3)",
+    "cmdNew",          "cmdSave",         "cmdSaveAs",    "cmdDelete",    "cboTable(0)",     "cboTable(1)",
+    "cboVariable(0)",  "cboVariable(1)",  "cmdVarAdd(0)", "cmdVarAdd(1)", "cmdVarUpdate(0)", "cmdVarUpdate(1)",
+    "cmdVarRemove(0)", "cmdVarRemove(1)", "chkShowIn(0)", "chkShowIn(1)", "chkShowIn(2)",    "chkShowIn(3)",
 };
 } // namespace
 
@@ -111,13 +110,15 @@ private slots:
     void windowIsComposedOfItsPanels()
     {
         MainWindowFixture f;
-        for (const char* name :
-             {"Label1(0)", "txtPatient", "optFindBy(0)", "optFindBy(1)", "cmdFind", "fraSelectedPatient", "Label1(10)",
-              "Label1(11)", "txtPatientID", "txtPatientName", "fraDateRange", "Label1(2)", "Label1(3)", "mskDate(0)",
-              "mskDate(1)", "cmdDate(0)", "cmdDate(1)", "sstabReportTabs", "cboReports(0)", "cboReports(1)",
-              "cboVarUnits(0)", "cboVarDecPlaces(1)", "cboVarTest(1)", "lblTotalFor(0)", "lblTotalFor(3)",
-              "msfgVariable(0)", "msfgVariable(1)", "cmdPrintSetup", "cmdPreview", "cmdPrint", "cmdHelp", "cmdCancel",
-              "ActivityTimer"})
+        for (const char* name : {"Label1(0)",      "txtPatient",         "optFindBy(0)",    "optFindBy(1)",
+                                 "cmdFind",        "fraSelectedPatient", "Label1(10)",      "Label1(11)",
+                                 "txtPatientID",   "txtPatientName",     "fraDateRange",    "Label1(2)",
+                                 "Label1(3)",      "mskDate(0)",         "mskDate(1)",      "cmdDate(0)",
+                                 "cmdDate(1)",     "sstabReportTabs",    "cboReports(0)",   "cboReports(1)",
+                                 "cboVarUnits(0)", "cboVarDecPlaces(1)", "cboVarTest(1)",   "lblTotalFor(0)",
+                                 "lblTotalFor(3)", "msfgVariable(0)",    "msfgVariable(1)", "cmdPrintSetup",
+                                 "cmdPreview",     "cmdPrint",           "cmdHelp",         "cmdCancel",
+                                 "ActivityTimer"})
             QVERIFY2(f.window->findChild<QObject*>(QLatin1String(name)), name);
     }
 
@@ -135,7 +136,7 @@ private slots:
         {
             // The option buttons are one stop: Tab enters the group once.
             order.append(w->objectName().startsWith(QLatin1String("optFindBy")) ? QStringLiteral("optFindBy")
-                                                                                 : w->objectName());
+                                                                                : w->objectName());
             QTest::keyClick(w, Qt::Key_Tab);
             w = QApplication::focusWidget();
             if (!w || w == first)

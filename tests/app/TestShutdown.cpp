@@ -21,8 +21,9 @@ private slots:
         chooseSubject(QStringLiteral("QC-1"));
         f.engine->calls.clear();
         f.window->cmdCancel->click();
-        QCOMPARE(f.engine->calls, QStringList({QStringLiteral("PatientNotify 10 6 0 QC-1"),
-                                               QStringLiteral("CloseApplication 6 false"), QStringLiteral("released")}));
+        QCOMPARE(f.engine->calls,
+                 QStringList({QStringLiteral("PatientNotify 10 6 0 QC-1"), QStringLiteral("CloseApplication 6 false"),
+                              QStringLiteral("released")}));
         QVERIFY(!objCalc);
         QVERIFY(ProgramExitRequested());
         QVERIFY(f.window->IsUnloaded());
@@ -37,7 +38,8 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
         f.engine->calls.clear();
         f.window->close();
-        QCOMPARE(f.engine->calls, QStringList({QStringLiteral("CloseApplication 6 false"), QStringLiteral("released")}));
+        QCOMPARE(f.engine->calls,
+                 QStringList({QStringLiteral("CloseApplication 6 false"), QStringLiteral("released")}));
         QVERIFY(f.window->IsUnloaded());
     }
 
@@ -74,7 +76,8 @@ private slots:
         f.window->Unload();
         f.window->close();
         f.window->Unload();
-        QCOMPARE(f.engine->calls, QStringList({QStringLiteral("CloseApplication 6 false"), QStringLiteral("released")}));
+        QCOMPARE(f.engine->calls,
+                 QStringList({QStringLiteral("CloseApplication 6 false"), QStringLiteral("released")}));
     }
 
     void engineErrorAtShutdownStillClosesTheSession()
@@ -85,8 +88,9 @@ private slots:
         f.engine->calls.clear();
         f.engine->failOn = QStringLiteral("PatientNotify");
         f.window->Unload();
-        QCOMPARE(f.engine->calls, QStringList({QStringLiteral("PatientNotify 10 6 0 QC-1"),
-                                               QStringLiteral("CloseApplication 6 false"), QStringLiteral("released")}));
+        QCOMPARE(f.engine->calls,
+                 QStringList({QStringLiteral("PatientNotify 10 6 0 QC-1"), QStringLiteral("CloseApplication 6 false"),
+                              QStringLiteral("released")}));
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.boxes.last().style, 16);
     }

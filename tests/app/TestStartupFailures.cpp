@@ -47,8 +47,9 @@ private slots:
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.boxes.last().text, QStringLiteral("T4115"));
         QCOMPARE(f.boxes.last().style, 64);
-        QCOMPARE(f.engine->calls, QStringList({QStringLiteral("OpenApplication 6"), QStringLiteral("CloseApplication 6 false"),
-                                               QStringLiteral("released")}));
+        QCOMPARE(f.engine->calls,
+                 QStringList({QStringLiteral("OpenApplication 6"), QStringLiteral("CloseApplication 6 false"),
+                              QStringLiteral("released")}));
     }
 
     void missingRunRightEndsTheProgram()
@@ -162,8 +163,8 @@ private slots:
     {
         MainWindowFixture f;
         f.store->listTables = [](qint16 tab) {
-            return tab == 0 ? std::make_shared<Recordset>(QStringList{QStringLiteral("QCTableID"),
-                                                                      QStringLiteral("QCUserName")})
+            return tab == 0 ? std::make_shared<Recordset>(
+                                  QStringList{QStringLiteral("QCTableID"), QStringLiteral("QCUserName")})
                             : FakeCatalogue::tables(tab);
         };
         f.window->Form_Load();

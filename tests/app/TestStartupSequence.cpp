@@ -4,7 +4,6 @@
 #include "platform/StringServer.h"
 #include "platform/modResource.h"
 
-#include <QFileInfo>
 #include <QTimer>
 
 namespace
@@ -15,8 +14,7 @@ class RecordingStrings final : public StringServer
 public:
     explicit RecordingStrings(QList<qint16>& asked)
         : m_asked(asked)
-    {
-    }
+    {}
     QString GetText(qint16 id) override
     {
         m_asked.append(id);
@@ -56,16 +54,18 @@ public:
 
     void observe()
     {
-        if (!m_toolSeen && QFileInfo::exists(m_f.toolLog()))
+        // The tool's line is complete once it ends in a line break.
+        const QString runs = m_f.toolRuns();
+        if (!m_toolSeen && runs.endsWith(QLatin1Char('\n')))
         {
             m_toolSeen = true;
-            m_events.append(QStringLiteral("tool ") + m_f.toolRuns().trimmed());
+            m_events.append(QStringLiteral("tool ") + runs.trimmed());
         }
         frmSplash* splash = m_f.window->Splash();
         if (splash && splash->lblStatus->text().isEmpty())
             return; // shown, its progress line not written yet
         const QString status = splash ? QStringLiteral("splash ") + splash->lblStatus->text()
-                                       : (m_splashStatus.isEmpty() ? QString() : QStringLiteral("splash closed"));
+                                      : (m_splashStatus.isEmpty() ? QString() : QStringLiteral("splash closed"));
         if (status != m_splashStatus)
         {
             m_splashStatus = status;
@@ -181,25 +181,40 @@ private slots:
         frmMain& w = *f.window;
         QCOMPARE(w.windowTitle(), QStringLiteral("T4021"));
         const QList<QPair<QString, QString>> labels = {
-            {QStringLiteral("Label1(0)"), QStringLiteral("T4022")},   {QStringLiteral("Label1(10)"), QStringLiteral("T4023:")},
-            {QStringLiteral("Label1(11)"), QStringLiteral("T4024:")}, {QStringLiteral("Label1(17)"), QStringLiteral("T4029")},
-            {QStringLiteral("Label1(16)"), QStringLiteral("T4030")},  {QStringLiteral("Label1(8)"), QStringLiteral("T4030")},
-            {QStringLiteral("Label1(13)"), QStringLiteral("T4031")},  {QStringLiteral("Label1(15)"), QStringLiteral("T4034")},
-            {QStringLiteral("Label1(6)"), QStringLiteral("T4035")},   {QStringLiteral("Label1(7)"), QStringLiteral("T4036")},
-            {QStringLiteral("Label1(2)"), QStringLiteral("T4041:")},  {QStringLiteral("Label1(3)"), QStringLiteral("T4043:")},
+            {QStringLiteral("Label1(0)"), QStringLiteral("T4022")},
+            {QStringLiteral("Label1(10)"), QStringLiteral("T4023:")},
+            {QStringLiteral("Label1(11)"), QStringLiteral("T4024:")},
+            {QStringLiteral("Label1(17)"), QStringLiteral("T4029")},
+            {QStringLiteral("Label1(16)"), QStringLiteral("T4030")},
+            {QStringLiteral("Label1(8)"), QStringLiteral("T4030")},
+            {QStringLiteral("Label1(13)"), QStringLiteral("T4031")},
+            {QStringLiteral("Label1(15)"), QStringLiteral("T4034")},
+            {QStringLiteral("Label1(6)"), QStringLiteral("T4035")},
+            {QStringLiteral("Label1(7)"), QStringLiteral("T4036")},
+            {QStringLiteral("Label1(2)"), QStringLiteral("T4041:")},
+            {QStringLiteral("Label1(3)"), QStringLiteral("T4043:")},
         };
         for (const auto& [name, text] : labels)
             QCOMPARE(f.control<QLabel>(name)->text(), text);
         const QList<QPair<QString, QString>> buttons = {
-            {QStringLiteral("optFindBy(0)"), QStringLiteral("T4023")},   {QStringLiteral("optFindBy(1)"), QStringLiteral("T4024")},
-            {QStringLiteral("cmdFind"), QStringLiteral("T4025")},        {QStringLiteral("chkShowIn(2)"), QStringLiteral("T4032")},
-            {QStringLiteral("chkShowIn(3)"), QStringLiteral("T4033")},   {QStringLiteral("cmdVarAdd(1)"), QStringLiteral("T4037")},
-            {QStringLiteral("cmdVarUpdate(1)"), QStringLiteral("T4038")}, {QStringLiteral("cmdVarRemove(1)"), QStringLiteral("T4039")},
-            {QStringLiteral("cmdDate(0)"), QStringLiteral("T4042")},     {QStringLiteral("cmdDate(1)"), QStringLiteral("T4042")},
-            {QStringLiteral("cmdPrintSetup"), QStringLiteral("T4051")},  {QStringLiteral("cmdPreview"), QStringLiteral("T4044")},
-            {QStringLiteral("cmdPrint"), QStringLiteral("T4045")},       {QStringLiteral("cmdHelp"), QStringLiteral("T4046")},
-            {QStringLiteral("cmdCancel"), QStringLiteral("T4008")},      {QStringLiteral("cmdNew"), QStringLiteral("T4047")},
-            {QStringLiteral("cmdSave"), QStringLiteral("T4048")},        {QStringLiteral("cmdSaveAs"), QStringLiteral("T4049")},
+            {QStringLiteral("optFindBy(0)"), QStringLiteral("T4023")},
+            {QStringLiteral("optFindBy(1)"), QStringLiteral("T4024")},
+            {QStringLiteral("cmdFind"), QStringLiteral("T4025")},
+            {QStringLiteral("chkShowIn(2)"), QStringLiteral("T4032")},
+            {QStringLiteral("chkShowIn(3)"), QStringLiteral("T4033")},
+            {QStringLiteral("cmdVarAdd(1)"), QStringLiteral("T4037")},
+            {QStringLiteral("cmdVarUpdate(1)"), QStringLiteral("T4038")},
+            {QStringLiteral("cmdVarRemove(1)"), QStringLiteral("T4039")},
+            {QStringLiteral("cmdDate(0)"), QStringLiteral("T4042")},
+            {QStringLiteral("cmdDate(1)"), QStringLiteral("T4042")},
+            {QStringLiteral("cmdPrintSetup"), QStringLiteral("T4051")},
+            {QStringLiteral("cmdPreview"), QStringLiteral("T4044")},
+            {QStringLiteral("cmdPrint"), QStringLiteral("T4045")},
+            {QStringLiteral("cmdHelp"), QStringLiteral("T4046")},
+            {QStringLiteral("cmdCancel"), QStringLiteral("T4008")},
+            {QStringLiteral("cmdNew"), QStringLiteral("T4047")},
+            {QStringLiteral("cmdSave"), QStringLiteral("T4048")},
+            {QStringLiteral("cmdSaveAs"), QStringLiteral("T4049")},
             {QStringLiteral("cmdDelete"), QStringLiteral("T4050")},
         };
         for (const auto& [name, text] : buttons)
@@ -214,10 +229,10 @@ private slots:
 
         // The captions are asked in the window's order, and Label1(2) is written twice.
         const QList<qint16> captions = asked.mid(0, 42);
-        QCOMPARE(captions, QList<qint16>({4021, 4022, 4023, 4024, 4025, 4026, 4023, 4024, 4027, 4028, 4029,
-                                          4030, 4030, 4031, 4032, 4033, 4034, 4035, 4036, 4037, 4038, 4039,
-                                          4040, 4026, 4041, 4042, 4042, 4043, 4051, 4044, 4045, 4046, 4008,
-                                          4047, 4048, 4049, 4050, 4052, 4065, 4066, 4067, 4068}));
+        QCOMPARE(captions,
+                 QList<qint16>({4021, 4022, 4023, 4024, 4025, 4026, 4023, 4024, 4027, 4028, 4029, 4030, 4030, 4031,
+                                4032, 4033, 4034, 4035, 4036, 4037, 4038, 4039, 4040, 4026, 4041, 4042, 4042, 4043,
+                                4051, 4044, 4045, 4046, 4008, 4047, 4048, 4049, 4050, 4052, 4065, 4066, 4067, 4068}));
     }
 
     void splashShowsTheProductAndTheBuildsVersion()
@@ -225,9 +240,9 @@ private slots:
         frmSplash splash;
         splash.Form_Load();
         QCOMPARE(splash.lblVersion->text(), QStringLiteral("Version %1.%2.%3")
-                                                 .arg(CALVEX_VERSION_MAJOR)
-                                                 .arg(CALVEX_VERSION_MINOR)
-                                                 .arg(CALVEX_VERSION_PATCH));
+                                                .arg(CALVEX_VERSION_MAJOR)
+                                                .arg(CALVEX_VERSION_MINOR)
+                                                .arg(CALVEX_VERSION_PATCH));
         QCOMPARE(splash.lblProductName->text(), QApplication::applicationDisplayName());
         QVERIFY(!splash.lblProductName->text().isEmpty());
         QVERIFY(splash.imgLogo->pixmap().width() > 0);

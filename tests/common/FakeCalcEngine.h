@@ -70,7 +70,11 @@ public:
     }
     void PatientNotify(qint32 eventCode, qint32 applicationNumber, qint32 reserved, const QString& patientId) override
     {
-        call(QStringLiteral("PatientNotify %1 %2 %3 %4").arg(eventCode).arg(applicationNumber).arg(reserved).arg(patientId),
+        call(QStringLiteral("PatientNotify %1 %2 %3 %4")
+                 .arg(eventCode)
+                 .arg(applicationNumber)
+                 .arg(reserved)
+                 .arg(patientId),
              QStringLiteral("PatientNotify"));
     }
     void CloseApplication(qint32 applicationNumber, bool autoLogout) override

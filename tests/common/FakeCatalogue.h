@@ -87,9 +87,10 @@ inline RecordsetPtr parameters(qint32 id, bool si, qint32& tab)
         return rs;
     case 3:
         tab = 1;
-        rs->AppendRow({QStringLiteral("Rest"), QStringLiteral("VO2"), si ? QStringLiteral("L/min") : QStringLiteral("mL/min"),
-                       true, true, 11, 201, 0});
-        rs->AppendRow({QStringLiteral("Exercise"), QStringLiteral("HR"), QStringLiteral("bpm"), true, false, 12, 202, 0});
+        rs->AppendRow({QStringLiteral("Rest"), QStringLiteral("VO2"),
+                       si ? QStringLiteral("L/min") : QStringLiteral("mL/min"), true, true, 11, 201, 0});
+        rs->AppendRow(
+            {QStringLiteral("Exercise"), QStringLiteral("HR"), QStringLiteral("bpm"), true, false, 12, 202, 0});
         rs->AppendRow({QStringLiteral("Rest"), QStringLiteral("RER"), QVariant(), false, true, 11, 203, 2});
         return rs;
     default:

@@ -189,8 +189,8 @@ private slots:
         m_engine->calls.clear();
         strCurrentPatientID = QStringLiteral("QC-2");
         SetCurrentPatient();
-        QCOMPARE(m_engine->calls,
-                 QStringList({QStringLiteral("PatientNotify 10 6 0 QC-1"), QStringLiteral("PatientNotify 9 6 0 QC-2")}));
+        QCOMPARE(m_engine->calls, QStringList({QStringLiteral("PatientNotify 10 6 0 QC-1"),
+                                               QStringLiteral("PatientNotify 9 6 0 QC-2")}));
         QCOMPARE(strNotifiedPatientID, QStringLiteral("QC-2"));
     }
 

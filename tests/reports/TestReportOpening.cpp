@@ -49,7 +49,8 @@ private slots:
         f.load();
         QCOMPARE(itemTexts(f.panel.cboReports[0]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Spirometry QC"), QStringLiteral("Flow QC")}));
-        QCOMPARE(itemTexts(f.panel.cboReports[1]), QStringList({QStringLiteral("(T4114)"), QStringLiteral("Exercise QC")}));
+        QCOMPARE(itemTexts(f.panel.cboReports[1]),
+                 QStringList({QStringLiteral("(T4114)"), QStringLiteral("Exercise QC")}));
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 1), 1);
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 2), 2);
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[1], 1), 3);
@@ -394,15 +395,16 @@ private slots:
         f.load();
         f.panel.SetCurrentTab(0);
         RecordsetPtr rows = std::make_shared<Recordset>(FakeCatalogue::parameterFields());
-        rows->AppendRow({QStringLiteral("  Pre "), QStringLiteral(" FVC"), QVariant(), false, true, 1, 101, QVariant()});
+        rows->AppendRow(
+            {QStringLiteral("  Pre "), QStringLiteral(" FVC"), QVariant(), false, true, 1, 101, QVariant()});
         f.store->openReport = [rows](qint32, bool, qint32& tab) {
             tab = 0;
             return rows;
         };
         ComboList::SetListIndex(f.panel.cboReports[0], 2);
-        QCOMPARE(rowTexts(f.grid(0), 1), QStringList({QStringLiteral("Pre"), QStringLiteral("FVC"), QString(),
-                                                      QStringLiteral("False"), QStringLiteral("True"),
-                                                      QStringLiteral("1"), QStringLiteral("101"), QString()}));
+        QCOMPARE(rowTexts(f.grid(0), 1),
+                 QStringList({QStringLiteral("Pre"), QStringLiteral("FVC"), QString(), QStringLiteral("False"),
+                              QStringLiteral("True"), QStringLiteral("1"), QStringLiteral("101"), QString()}));
         QVERIFY(!rows->IsOpen());
         QCOMPARE(f.boxes.count(), 0);
     }
