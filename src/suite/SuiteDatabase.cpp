@@ -76,6 +76,7 @@ QSqlDatabase SuiteDatabase::connection()
     const QString name = connectionName();
     if (QSqlDatabase::contains(name))
     {
+        // A server connection that was lost reads as closed and is opened afresh.
         QSqlDatabase db = QSqlDatabase::database(name, false);
         if (db.isOpen())
             return db;

@@ -116,6 +116,33 @@ private slots:
         }
     }
 
+    void lostServerConnectionIsOpenedAfresh()
+    {
+        if (!SuiteTestDatabase::onPostgres())
+            QSKIP("only a database server connection can be lost; this runs in the PostgreSQL run");
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        const int before = db.scalar(QStringLiteral("SELECT pg_backend_pid()")).toInt();
+        {
+            // Another connection has the server end this one, as a restart would.
+            const SuiteSettings other = test.settings();
+            QSqlDatabase killer = QSqlDatabase::addDatabase(other.driver, QStringLiteral("killer"));
+            killer.setHostName(other.host);
+            killer.setPort(other.port);
+            killer.setUserName(other.user);
+            killer.setDatabaseName(other.databaseName);
+            QVERIFY(killer.open());
+            QSqlQuery terminate(killer);
+            QVERIFY(terminate.exec(QStringLiteral("SELECT pg_terminate_backend(%1)").arg(before)));
+            killer.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("killer"));
+        QTest::qWait(200);
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, db.scalar(QStringLiteral("SELECT pg_backend_pid()")));
+        const int after = db.scalar(QStringLiteral("SELECT pg_backend_pid()")).toInt();
+        QVERIFY(after != 0 && after != before);
+    }
+
     void parametersCarryAnyTextUnchanged()
     {
         SuiteTestDatabase test;
