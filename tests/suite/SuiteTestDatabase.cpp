@@ -3,21 +3,20 @@
 #include "suite/DemoData.h"
 #include "suite/SuiteSchema.h"
 
-#include <QFile>
+#include <QDir>
 #include <QtGlobal>
 
 #include <optional>
 
 namespace
 {
-const char* const kRegistryVariable = "NORRIX_REGISTRY";
 bool s_alive = false;
 
 // The test server named by the key file the tests were started with, if any.
 const std::optional<SuiteSettings>& testServer()
 {
     static const std::optional<SuiteSettings> server = []() -> std::optional<SuiteSettings> {
-        if (qEnvironmentVariableIsEmpty(kRegistryVariable))
+        if (qEnvironmentVariableIsEmpty("NORRIX_REGISTRY"))
             return std::nullopt;
         const SuiteSettings settings = SuiteSettings::fromRegistry();
         if (!settings.isPostgres())
@@ -30,63 +29,37 @@ const std::optional<SuiteSettings>& testServer()
     }();
     return server;
 }
-
-QString quoted(const QString& text)
-{
-    QString escaped = text;
-    escaped.replace(u'\\', QStringLiteral("\\\\"));
-    escaped.replace(u'"', QStringLiteral("\\\""));
-    return u'"' + escaped + u'"';
-}
 } // namespace
 
-QString SuiteRegistryText(const QMap<QString, QVariant>& values)
-{
-    QString text = QStringLiteral("Windows Registry Editor Version 5.00\n\n"
-                                  "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Norrix\\Common]\n");
-    for (auto it = values.cbegin(); it != values.cend(); ++it)
-    {
-        if (it.value().typeId() == QMetaType::Int)
-            text += quoted(it.key()) + QStringLiteral("=dword:") +
-                    QStringLiteral("%1").arg(quint32(it.value().toInt()), 8, 16, QLatin1Char('0')) + u'\n';
-        else
-            text += quoted(it.key()) + u'=' + quoted(it.value().toString()) + u'\n';
-    }
-    return text;
-}
-
-SuiteTestDatabase::SuiteTestDatabase()
+// Runs before the test's key file replaces the one the tests were started with.
+QMap<QString, QVariant> SuiteTestDatabase::claimDatabase()
 {
     // Each test database replaces the one before (on a test server, the same database is emptied).
     if (s_alive)
         qFatal("Only one SuiteTestDatabase may exist at a time.");
     s_alive = true;
-    testServer(); // read before this test's key file replaces it
-    m_hadRegistry = qEnvironmentVariableIsSet(kRegistryVariable);
-    m_previousRegistry = qgetenv(kRegistryVariable);
     SuiteDatabase::closeAllConnections();
+    const std::optional<SuiteSettings>& server = testServer();
+    if (!server)
+        return {{QStringLiteral("Database Driver"), SuiteSettings::SqliteDriver}};
+    return {
+        {QStringLiteral("Database Driver"), server->driver}, {QStringLiteral("Database Host"), server->host},
+        {QStringLiteral("Database Port"), server->port},     {QStringLiteral("Database Name"), server->databaseName},
+        {QStringLiteral("Database User"), server->user},     {QStringLiteral("Database Password"), server->password}};
+}
 
-    if (const std::optional<SuiteSettings>& server = testServer())
-    {
-        m_values.insert(QStringLiteral("Database Driver"), server->driver);
-        m_values.insert(QStringLiteral("Database Host"), server->host);
-        m_values.insert(QStringLiteral("Database Port"), server->port);
-        m_values.insert(QStringLiteral("Database Name"), server->databaseName);
-        m_values.insert(QStringLiteral("Database User"), server->user);
-        m_values.insert(QStringLiteral("Database Password"), server->password);
-    }
-    else
-    {
-        m_values.insert(QStringLiteral("Database Driver"), SuiteSettings::SqliteDriver);
-        m_values.insert(QStringLiteral("Database Name"), tempPath(QStringLiteral("qc.sqlite")));
-    }
-    writeRegistry();
-
+SuiteTestDatabase::SuiteTestDatabase()
+    : m_registry(claimDatabase())
+{
     if (onPostgres())
     {
         db().exec(QStringLiteral("SET client_min_messages TO WARNING")); // no notice per dropped table
         db().exec(QStringLiteral("DROP SCHEMA public CASCADE"));
         db().exec(QStringLiteral("CREATE SCHEMA public"));
+    }
+    else
+    {
+        setValue(QStringLiteral("Database Name"), tempPath(QStringLiteral("qc.sqlite")));
     }
 }
 
@@ -94,10 +67,6 @@ SuiteTestDatabase::~SuiteTestDatabase()
 {
     m_db.reset();
     SuiteDatabase::closeAllConnections();
-    if (m_hadRegistry)
-        qputenv(kRegistryVariable, m_previousRegistry);
-    else
-        qunsetenv(kRegistryVariable);
     s_alive = false;
 }
 
@@ -106,33 +75,9 @@ bool SuiteTestDatabase::onPostgres()
     return testServer().has_value();
 }
 
-void SuiteTestDatabase::setValue(const QString& name, const QVariant& value)
-{
-    if (value.isValid())
-        m_values.insert(name, value);
-    else
-        m_values.remove(name);
-    writeRegistry();
-}
-
-QString SuiteTestDatabase::registryPath() const
-{
-    return tempPath(QStringLiteral("suite.reg"));
-}
-
 QString SuiteTestDatabase::tempPath(const QString& fileName) const
 {
-    return m_dir.filePath(fileName);
-}
-
-void SuiteTestDatabase::writeRegistry()
-{
-    QFile file(registryPath());
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        qFatal("Cannot write the test key file %s", qPrintable(registryPath()));
-    file.write(SuiteRegistryText(m_values).toUtf8());
-    file.close();
-    qputenv(kRegistryVariable, QFile::encodeName(registryPath()));
+    return QDir(m_registry.folder()).filePath(fileName);
 }
 
 SuiteDatabase& SuiteTestDatabase::db()

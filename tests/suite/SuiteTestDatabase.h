@@ -1,10 +1,9 @@
 #pragma once
 
+#include "common/ScopedRegistryFile.h"
 #include "suite/SuiteDatabase.h"
 #include "suite/SuiteSettings.h"
 
-#include <QMap>
-#include <QTemporaryDir>
 #include <QVariant>
 
 #include <memory>
@@ -30,9 +29,8 @@ public:
 
     // Sets a value of the suite's key (text, or a number as a dword) and
     // rewrites the key file; an invalid QVariant removes it.
-    void setValue(const QString& name, const QVariant& value);
+    void setValue(const QString& name, const QVariant& value) { m_registry.setValue(name, value); }
     SuiteSettings settings() const { return SuiteSettings::fromRegistry(); }
-    QString registryPath() const;
     QString tempPath(const QString& fileName) const;
 
     // The test database, created when needed.
@@ -42,14 +40,8 @@ public:
     void fillDemo();
 
 private:
-    void writeRegistry();
+    static QMap<QString, QVariant> claimDatabase();
 
-    QTemporaryDir m_dir;
-    QMap<QString, QVariant> m_values;
-    QByteArray m_previousRegistry;
-    bool m_hadRegistry = false;
+    ScopedRegistryFile m_registry;
     std::unique_ptr<SuiteDatabase> m_db;
 };
-
-// A key file in the registry editor's export format with the suite's key and values.
-QString SuiteRegistryText(const QMap<QString, QVariant>& values);
