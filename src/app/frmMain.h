@@ -50,6 +50,7 @@ public:
     void SetLoading(bool loading) override { m_blnLoading = loading; }
     bool IsModified(int tab) const override;
     void SetReportDirty(int tab, bool value) override;
+    int CurrentTab() const override { return m_tabs->CurrentTab(); }
     QString MsgTitle() const override { return m_strMsgTitle; }
     bool ConfirmDiscardChanges(int tab, const QString& title) override;
     QString SelectedPatientName() const override;

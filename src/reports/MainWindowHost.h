@@ -20,6 +20,9 @@ public:
     // Stores value And Not loading.
     virtual void SetReportDirty(int tab, bool value) = 0;
 
+    // The tab shown: 0 pulmonary function, 1 gas exchange.
+    virtual int CurrentTab() const = 0;
+
     // The title of every message box of the main window.
     virtual QString MsgTitle() const = 0;
 

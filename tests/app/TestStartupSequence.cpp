@@ -147,6 +147,7 @@ private slots:
         QCOMPARE(f.control<MaskEdBox>(QStringLiteral("mskDate(1)"))->Text(), QStringLiteral("06/15/2024"));
         QCOMPARE(f.control<MaskEdBox>(QStringLiteral("mskDate(0)"))->Text(), QString());
         QCOMPARE(f.tabs().CurrentTab(), 0);
+        QCOMPARE(f.window->CurrentTab(), 0);
         QVERIFY(f.window->Splash() == nullptr);
         QTimer* timer = f.control<QTimer>(QStringLiteral("ActivityTimer"));
         QVERIFY(timer);

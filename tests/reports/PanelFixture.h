@@ -24,6 +24,7 @@ public:
     void SetLoading(bool value) override { loading = value; }
     bool IsModified(int tab) const override { return modified.at(std::size_t(tab)); }
     void SetReportDirty(int tab, bool value) override { modified.at(std::size_t(tab)) = value && !loading; }
+    int CurrentTab() const override { return panel ? panel->CurrentTab() : 0; }
     QString MsgTitle() const override { return QStringLiteral("T4052"); }
     bool ConfirmDiscardChanges(int tab, const QString& title) override
     {
@@ -51,6 +52,7 @@ public:
     QString from = QStringLiteral("01/01/2024");
     QString to = QStringLiteral("02/01/2024");
     QStringList actions;
+    const ReportTabsPanel* panel = nullptr;
 };
 
 // The report panel over the scripted store and the fake catalogue, with the
@@ -60,6 +62,7 @@ struct PanelFixture
     PanelFixture()
     {
         FakeCatalogue::install(*store);
+        host.panel = &panel;
         blnCanEditReports = true;
         panel.resize(900, 600);
     }
