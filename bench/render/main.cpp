@@ -1,15 +1,19 @@
 // calvex-bench-render: how fast the report layouts draw on the PDF printer
 // target, without a database. It builds a QC report of nine variables and N
 // daily visits in memory, draws it through the program's own layouts (three
-// chart pages, then the value table) on a PrinterTarget writing a PDF, and
-// prints the wall time of each phase and the process's peak resident memory.
+// chart pages, then the value table) on a PDF target, and prints the wall time
+// of each phase and the process's peak resident memory.
 //
-//   calvex-bench-render --visits 10000 --out /tmp/bench.pdf
+//   calvex-bench-render --visits 10000 --out /tmp/bench.pdf [--printer]
+//
+// The target is the PDF file target that the batch renderer writes through,
+// or with --printer the program's PDF printer (a QPrinter, as Print uses).
 //
 // The visits are seeded random readings around fixed targets, so that two runs
 // draw the same pages.
 
 #include "components/ReportInfo.h"
+#include "output/PdfFileTarget.h"
 #include "output/PrinterTarget.h"
 #include "output/modPrintGraph.h"
 #include "output/modPrintTable.h"
@@ -45,10 +49,14 @@ struct Variable
 
 // Nine lung-function variables of a biological QC subject.
 constexpr Variable kVariables[] = {
-    {"Spirometry", "FVC", "L", 2, 4.60, 3.0},      {"Spirometry", "FEV1", "L", 2, 3.50, 3.0},
-    {"Spirometry", "FEV1/FVC", "%", 1, 76.0, 2.0}, {"Spirometry", "PEF", "L/s", 2, 8.50, 5.0},
-    {"Bodybox", "TLC", "L", 2, 6.50, 4.0},         {"Bodybox", "RV", "L", 2, 1.90, 8.0},
-    {"Bodybox", "FRCpleth", "L", 2, 3.20, 6.0},    {"Bodybox", "sRaw", "kPa*s", 2, 0.90, 12.0},
+    {"Spirometry", "FVC", "L", 2, 4.60, 3.0},
+    {"Spirometry", "FEV1", "L", 2, 3.50, 3.0},
+    {"Spirometry", "FEV1/FVC", "%", 1, 76.0, 2.0},
+    {"Spirometry", "PEF", "L/s", 2, 8.50, 5.0},
+    {"Bodybox", "TLC", "L", 2, 6.50, 4.0},
+    {"Bodybox", "RV", "L", 2, 1.90, 8.0},
+    {"Bodybox", "FRCpleth", "L", 2, 3.20, 6.0},
+    {"Bodybox", "sRaw", "kPa*s", 2, 0.90, 12.0},
     {"Diffusion", "TLCO", "mmol/min/kPa", 2, 9.50, 5.0},
 };
 constexpr int kVariableCount = int(std::size(kVariables));
@@ -102,7 +110,8 @@ ReportInfo MakeInfo(const QDate& first)
 
 // The series the report store would hand over: visits by date with the
 // period's mean, sample SD and CV.
-GraphSeriesArray MakeSeries(const ReportInfo& info, const std::vector<std::vector<double>>& readings, const QDate& first)
+GraphSeriesArray MakeSeries(const ReportInfo& info, const std::vector<std::vector<double>>& readings,
+                            const QDate& first)
 {
     GraphSeriesArray series(static_cast<size_t>(kVariableCount));
     for (int v = 0; v < kVariableCount; ++v)
@@ -129,8 +138,8 @@ GraphSeriesArray MakeSeries(const ReportInfo& info, const std::vector<std::vecto
         rows.reserve(values.size());
         for (size_t i = 0; i < values.size(); ++i)
             rows.push_back({first.addDays(qint64(i)), values[i]});
-        one.Data = std::make_shared<Recordset>(QStringList{QStringLiteral("VisitDate"), variable.VarName},
-                                               std::move(rows));
+        one.Data =
+            std::make_shared<Recordset>(QStringList{QStringLiteral("VisitDate"), variable.VarName}, std::move(rows));
     }
     return series;
 }
@@ -157,7 +166,7 @@ RecordsetPtr MakeTableData(const ReportInfo& info, const std::vector<std::vector
 
 // The whole report on one printer: chart pages, then the table starting on a
 // new sheet; returns the number of pages drawn.
-int DrawReport(PrinterTarget& target, const ReportInfo& info, const GraphSeriesArray& series, TableData& table,
+int DrawReport(OutputTarget& target, const ReportInfo& info, const GraphSeriesArray& series, TableData& table,
                double& graphSeconds, double& tableSeconds)
 {
     QElapsedTimer clock;
@@ -206,8 +215,11 @@ int main(int argc, char** argv)
                                           QStringLiteral("N"), QStringLiteral("1000"));
     const QCommandLineOption outOption(QStringLiteral("out"), QStringLiteral("The PDF file to write."),
                                        QStringLiteral("FILE"), QStringLiteral("bench-render.pdf"));
+    const QCommandLineOption printerOption(QStringLiteral("printer"),
+                                           QStringLiteral("Draw on the PDF printer instead of the PDF file target."));
     parser.addOption(visitsOption);
     parser.addOption(outOption);
+    parser.addOption(printerOption);
     parser.process(app);
 
     bool ok = false;
@@ -220,8 +232,7 @@ int main(int argc, char** argv)
     }
 
     // The built-in texts only: no registry, no translation file.
-    ComponentFactory::registerClass(StringServer::ClassId,
-                                    [] { return std::make_unique<NorrixStrings>(QString()); });
+    ComponentFactory::registerClass(StringServer::ClassId, [] { return std::make_unique<NorrixStrings>(QString()); });
 
     QElapsedTimer phase;
     phase.start();
@@ -252,21 +263,30 @@ int main(int argc, char** argv)
     }
     const double dataSeconds = phase.nsecsElapsed() / 1e9;
 
-    // The program's PDF printer: 600 dpi, whole sheet; A4 as the other report generators use.
-    auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
-    printer->setOutputFormat(QPrinter::PdfFormat);
-    printer->setResolution(600);
-    printer->setPageSize(QPageSize(QPageSize::A4));
-    printer->setPageOrientation(QPageLayout::Portrait);
-    printer->setOutputFileName(parser.value(outOption));
-
+    // 600 dpi, the whole sheet; A4 as the other report generators use.
+    const QString fileName = parser.value(outOption);
+    const QPageSize paper(QPageSize::A4);
     double graphSeconds = 0;
     double tableSeconds = 0;
     int pages = 0;
     try
     {
-        PrinterTarget target(std::move(printer));
-        pages = DrawReport(target, info, series, table, graphSeconds, tableSeconds);
+        std::unique_ptr<OutputTarget> target;
+        if (parser.isSet(printerOption))
+        {
+            auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+            printer->setOutputFormat(QPrinter::PdfFormat);
+            printer->setResolution(PdfFileTarget::OfficeDotsPerInch);
+            printer->setPageSize(paper);
+            printer->setPageOrientation(QPageLayout::Portrait);
+            printer->setOutputFileName(fileName);
+            target = std::make_unique<PrinterTarget>(std::move(printer));
+        }
+        else
+        {
+            target = std::make_unique<PdfFileTarget>(fileName, paper, QPageLayout::Portrait);
+        }
+        pages = DrawReport(*target, info, series, table, graphSeconds, tableSeconds);
     }
     catch (const std::exception& error)
     {
@@ -274,8 +294,8 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    out << "visits " << visits << ", markers " << visits * kVariableCount << ", cells "
-        << visits * (kVariableCount + 1) << ", pages " << pages << '\n';
+    out << "visits " << visits << ", markers " << visits * kVariableCount << ", cells " << visits * (kVariableCount + 1)
+        << ", pages " << pages << '\n';
     out << QStringLiteral("data %1 s, graph pages %2 s, table pages %3 s, whole run %4 s, peak RSS %5 MiB\n")
                .arg(dataSeconds, 0, 'f', 3)
                .arg(graphSeconds, 0, 'f', 3)

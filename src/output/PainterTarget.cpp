@@ -6,8 +6,11 @@
 #include <QPaintDevice>
 #include <QPen>
 #include <QStringView>
+#include <QTextLayout>
+#include <QTransform>
 
 #include <algorithm>
+#include <cmath>
 
 namespace
 {
@@ -33,24 +36,24 @@ Qt::PenStyle PenStyleOf(int drawStyle)
 }
 } // namespace
 
-QFont PainterTarget::defaultFont()
+QString PainterTarget::defaultTypeface()
 {
-    QFont font(ReportFonts::typeface());
-    font.setPointSizeF(10);
-    // Unhinted glyphs keep their design widths instead of being snapped to the
-    // device's pixel grid, so the preview's picture measures close to paper.
-    font.setHintingPreference(QFont::PreferNoHinting);
-    return font;
+    return ReportFonts::typeface();
 }
 
 void PainterTarget::setResolution(double dotsPerInch)
 {
+    // Text printed at the old resolution is drawn at it.
+    if (m_painter.isActive())
+        drawPendingText();
     m_dotsPerInch = dotsPerInch;
     m_pixelsPerTwip = dotsPerInch / TwipsPerInch;
-    m_metrics.reset();
+    // Fonts are measured on the device, at its resolution.
+    m_fonts.clear();
+    fontChanged();
 }
 
-QPainter& PainterTarget::painter()
+QPainter& PainterTarget::activePainter()
 {
     if (!m_painter.isActive())
     {
@@ -60,15 +63,44 @@ QPainter& PainterTarget::painter()
         m_painter.setRenderHint(QPainter::Antialiasing);
         m_painter.setBrush(Qt::NoBrush);
         m_painterPenStale = true;
-        m_painterFontStale = true;
+        m_origin = QPointF();
     }
+    drawPendingText();
     return m_painter;
+}
+
+QPainter& PainterTarget::painter()
+{
+    QPainter& p = activePainter();
+    if (!m_origin.isNull())
+    {
+        m_origin = QPointF();
+        p.resetTransform();
+    }
+    return p;
+}
+
+QPainter& PainterTarget::painterAround(const QPointF& anchor)
+{
+    // Two anchors closer than this are one: a mark's cross lines have their
+    // centre at the mark's centre, give or take the last bit of a double.
+    constexpr double SameOrigin = 1e-6;
+    QPainter& p = activePainter();
+    if (std::abs(anchor.x() - m_origin.x()) > SameOrigin || std::abs(anchor.y() - m_origin.y()) > SameOrigin)
+    {
+        m_origin = anchor;
+        p.setTransform(QTransform::fromTranslate(anchor.x(), anchor.y()));
+    }
+    return p;
 }
 
 void PainterTarget::endPainting()
 {
     if (m_painter.isActive())
+    {
+        drawPendingText();
         m_painter.end();
+    }
 }
 
 void PainterTarget::homePosition()
@@ -77,83 +109,119 @@ void PainterTarget::homePosition()
     m_currentY = ScaleTop();
 }
 
-const QFontMetricsF& PainterTarget::metrics()
+PainterTarget::DeviceFont& PainterTarget::currentFont()
 {
-    if (!m_metrics)
-        m_metrics.emplace(m_font, paintDevice());
-    return *m_metrics;
+    if (m_font)
+        return *m_font;
+    for (const std::unique_ptr<DeviceFont>& known : m_fonts)
+    {
+        if (known->typeface == m_typeface && known->points == m_fontSize && known->bold == m_fontBold)
+        {
+            m_font = known.get();
+            return *m_font;
+        }
+    }
+    QFont font(m_typeface);
+    font.setPointSizeF(m_fontSize);
+    font.setBold(m_fontBold);
+    // Unhinted glyphs keep their design widths instead of being snapped to the
+    // device's pixel grid, so the preview's picture measures close to paper.
+    font.setHintingPreference(QFont::PreferNoHinting);
+    QFontMetricsF metrics(font, paintDevice());
+    m_fonts.push_back(std::make_unique<DeviceFont>(
+        DeviceFont{m_typeface, m_fontSize, m_fontBold, std::move(font), std::move(metrics), {}}));
+    m_font = m_fonts.back().get();
+    return *m_font;
 }
 
 void PainterTarget::fontChanged()
 {
-    m_metrics.reset();
-    m_painterFontStale = true;
+    m_font = nullptr;
 }
 
 void PainterTarget::SetFont(const QString& typeface)
 {
-    if (m_font.family() == typeface)
+    if (m_typeface == typeface)
         return;
-    m_font.setFamily(typeface);
+    m_typeface = typeface;
     fontChanged();
 }
 
 void PainterTarget::SetFontSize(double points)
 {
-    if (m_font.pointSizeF() == points)
+    // A size that is no size leaves the font as it is.
+    if (m_fontSize == points || !(points > 0))
         return;
-    m_font.setPointSizeF(points);
+    m_fontSize = points;
     fontChanged();
 }
 
 void PainterTarget::SetFontBold(bool bold)
 {
-    if (m_font.bold() == bold)
+    if (m_fontBold == bold)
         return;
-    m_font.setBold(bold);
+    m_fontBold = bold;
     fontChanged();
+}
+
+PainterTarget::ShapedText& PainterTarget::textIn(DeviceFont& font, const QString& line)
+{
+    // Table cells and axis labels repeat the same few texts many times; a
+    // report of many visits stops remembering at this many and starts afresh.
+    constexpr qsizetype MaxRemembered = 65536;
+    const auto known = font.texts.find(line);
+    if (known != font.texts.end())
+        return *known;
+    if (font.texts.size() >= MaxRemembered)
+        font.texts.clear();
+    return font.texts[line];
+}
+
+double PainterTarget::lineWidth(DeviceFont& font, const QString& line)
+{
+    ShapedText& text = textIn(font, line);
+    if (text.width < 0)
+        text.width = font.metrics.horizontalAdvance(line);
+    return text.width;
 }
 
 double PainterTarget::TextWidth(const QString& text)
 {
-    const QFontMetricsF& fm = metrics();
+    DeviceFont& font = currentFont();
     double widest = 0;
     if (!text.contains(u'\n'))
-        widest = fm.horizontalAdvance(text);
+        widest = lineWidth(font, text);
     else
     {
         for (QStringView line : QStringView(text).split(u'\n'))
-            widest = std::max(widest, fm.horizontalAdvance(line.toString()));
+            widest = std::max(widest, lineWidth(font, line.toString()));
     }
     return widest / m_pixelsPerTwip;
 }
 
 double PainterTarget::TextHeight(const QString& text)
 {
-    return double(text.count(u'\n') + 1) * metrics().height() / m_pixelsPerTwip;
+    return double(text.count(u'\n') + 1) * currentFont().metrics.height() / m_pixelsPerTwip;
 }
 
 void PainterTarget::Print(const QString& text)
 {
-    QPainter& p = painter();
-    if (m_painterFontStale)
-    {
-        p.setFont(m_font);
-        m_painterFontStale = false;
-    }
-    usePen(m_foreColor);
+    // A device that cannot be drawn on says so at the first text, too.
+    if (!m_painter.isActive())
+        activePainter();
+    DeviceFont& font = currentFont();
+    const Pen pen = penFor(m_foreColor);
 
-    const QFontMetricsF& fm = metrics();
     const double x = toDevice(m_currentX);
-    double baseline = toDevice(m_currentY) + fm.ascent();
+    double baseline = toDevice(m_currentY) + font.metrics.ascent();
     if (!text.contains(u'\n'))
-        p.drawText(QPointF(x, baseline), text);
+        printLine(font, text, QPointF(x, baseline), pen);
     else
     {
         for (QStringView line : QStringView(text).split(u'\n'))
         {
-            p.drawText(QPointF(x, baseline), line.toString());
-            baseline += fm.height();
+            printLine(font, line.toString(), QPointF(x, baseline), pen);
+            baseline += font.metrics.height();
         }
     }
 
@@ -161,45 +229,122 @@ void PainterTarget::Print(const QString& text)
     m_currentX = ScaleLeft();
 }
 
-void PainterTarget::usePen(const QColor& color)
+void PainterTarget::printLine(DeviceFont& font, const QString& line, const QPointF& baseline, const Pen& pen)
 {
-    const QColor& wanted = color.isValid() ? color : m_foreColor;
-    if (!m_painterPenStale && m_penColor == wanted && m_penWidth == m_drawWidth && m_penStyle == m_drawStyle)
+    // A pen that draws no line draws no text either.
+    if (line.isEmpty() || PenStyleOf(pen.style) == Qt::NoPen)
         return;
-    m_penColor = wanted;
-    m_penWidth = m_drawWidth;
-    m_penStyle = m_drawStyle;
+    ShapedText& text = textIn(font, line);
+    if (text.shaped)
+    {
+        addPendingText(text.glyphs, baseline, pen);
+        return;
+    }
+    QList<QGlyphRun> glyphs = shape(font, line, paintDevice());
+    addPendingText(glyphs, baseline, pen);
+    if (text.printed)
+    {
+        text.glyphs = std::move(glyphs);
+        text.shaped = true;
+    }
+    text.printed = true;
+}
+
+QList<QGlyphRun> PainterTarget::shape(const DeviceFont& font, const QString& line, QPaintDevice* device)
+{
+    // Shaped as the painter shapes a text it draws, glyph for glyph.
+    QTextLayout layout(line, font.font, device);
+    layout.beginLayout();
+    const QTextLine textLine = layout.createLine();
+    layout.endLayout();
+    QList<QGlyphRun> glyphs = layout.glyphRuns();
+    for (QGlyphRun& run : glyphs)
+    {
+        QList<QPointF> positions = run.positions();
+        for (QPointF& position : positions)
+            position.ry() -= textLine.ascent();
+        run.setPositions(positions);
+    }
+    return glyphs;
+}
+
+void PainterTarget::addPendingText(const QList<QGlyphRun>& glyphs, const QPointF& baseline, const Pen& pen)
+{
+    for (const QGlyphRun& run : glyphs)
+    {
+        if (!m_pending.glyphs.isEmpty() && (m_pending.pen != pen || m_pending.font != run.rawFont()))
+            drawPendingText();
+        if (m_pending.glyphs.isEmpty())
+        {
+            m_pending.pen = pen;
+            m_pending.font = run.rawFont();
+        }
+        m_pending.glyphs.append(run.glyphIndexes());
+        for (const QPointF& position : run.positions())
+            m_pending.positions.append(baseline + position);
+    }
+}
+
+void PainterTarget::drawPendingText()
+{
+    if (m_pending.glyphs.isEmpty())
+        return;
+    if (!m_origin.isNull())
+    {
+        m_origin = QPointF();
+        m_painter.resetTransform();
+    }
+    usePen(m_pending.pen);
+    QGlyphRun run;
+    run.setRawFont(m_pending.font);
+    run.setGlyphIndexes(m_pending.glyphs);
+    run.setPositions(m_pending.positions);
+    m_pending.glyphs.clear();
+    m_pending.positions.clear();
+    m_painter.drawGlyphRun(QPointF(0, 0), run);
+}
+
+PainterTarget::Pen PainterTarget::penFor(const QColor& color) const
+{
+    return Pen{color.isValid() ? color : m_foreColor, m_drawWidth, m_drawStyle};
+}
+
+void PainterTarget::usePen(const Pen& pen)
+{
+    if (!m_painterPenStale && m_painterPen == pen)
+        return;
+    m_painterPen = pen;
     m_painterPenStale = false;
 
-    // No transformation is set, so the width is in device pixels as it is.
-    QPen pen(wanted, std::max(m_drawWidth, 1), PenStyleOf(m_drawStyle), Qt::RoundCap, Qt::RoundJoin);
-    m_painter.setPen(pen);
+    // Only translations are ever set, so the width is in device pixels as it is.
+    m_painter.setPen(QPen(pen.color, std::max(pen.width, 1), PenStyleOf(pen.style), Qt::RoundCap, Qt::RoundJoin));
 }
 
 void PainterTarget::Line(double x1, double y1, double x2, double y2, const QColor& color, bool box)
 {
-    QPainter& p = painter();
-    usePen(color);
     const QPointF from(toDevice(x1), toDevice(y1));
     const QPointF to(toDevice(x2), toDevice(y2));
+    const QPointF centre = (from + to) / 2;
+    QPainter& p = painterAround(centre);
+    usePen(penFor(color));
     if (box)
-        p.drawRect(QRectF(from, to).normalized());
+        p.drawRect(QRectF(from - centre, to - centre).normalized());
     else
-        p.drawLine(from, to);
+        p.drawLine(from - centre, to - centre);
 }
 
 void PainterTarget::PSet(double x, double y, const QColor& color)
 {
-    QPainter& p = painter();
+    QPainter& p = painterAround(QPointF(toDevice(x), toDevice(y)));
     // A point of a round-capped pen is a dot of the pen's width.
-    usePen(color);
-    p.drawPoint(QPointF(toDevice(x), toDevice(y)));
+    usePen(penFor(color));
+    p.drawPoint(QPointF(0, 0));
 }
 
 void PainterTarget::Circle(double x, double y, double radius, const QColor& color)
 {
-    QPainter& p = painter();
-    usePen(color);
+    QPainter& p = painterAround(QPointF(toDevice(x), toDevice(y)));
+    usePen(penFor(color));
     const double r = toDevice(radius);
-    p.drawEllipse(QPointF(toDevice(x), toDevice(y)), r, r);
+    p.drawEllipse(QPointF(0, 0), r, r);
 }

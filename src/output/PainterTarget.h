@@ -5,28 +5,48 @@
 #include <QColor>
 #include <QFont>
 #include <QFontMetricsF>
+#include <QGlyphRun>
+#include <QHash>
+#include <QList>
 #include <QPainter>
+#include <QPointF>
+#include <QRawFont>
 
-#include <optional>
+#include <memory>
+#include <vector>
 
 class QPaintDevice;
 
 // An output target that draws with a QPainter on a paint device: the base of
-// the printer and the picture targets. The scale is twips (1440 per inch)
-// with the origin at the page's top-left corner; a point (x, y) lands on the
-// device pixel (x, y) x dpi / 1440. Text metrics are those of the device's own
-// fonts (a printer measures with the printer's metrics), converted to twips.
+// the printer, the PDF file and the picture targets. The scale is twips (1440
+// per inch) with the origin at the page's top-left corner; a point (x, y)
+// lands on the device pixel (x, y) x dpi / 1440. Text metrics are those of the
+// device's own fonts (a printer measures with the printer's metrics),
+// converted to twips.
 //
 // DrawWidth is a pen width in device pixels. PSet draws a round dot of
 // DrawWidth pixels, Circle an outline whose radius is in horizontal twips.
 // DrawStyle maps to the pen style: 0 solid, 1 dash, 2 dot, 3 dash-dot,
-// 4 dash-dot-dot, 5 no line.
+// 4 dash-dot-dot, 5 no line (and no text).
 //
 // The painter is begun on the first drawing operation, not before, so a
 // target can be measured without starting a print job; a subclass may end it
-// (EndDoc on a printer) and the next drawing begins it again. The pen and the
-// font reach the painter only when they change, which keeps pages of many
-// thousand marks and cells cheap.
+// (EndDoc on a printer) and the next drawing begins it again.
+//
+// Pages of many thousand marks and cells stay cheap:
+// - each font (typeface, size, bold) is set up once, and keeps the width of
+//   every text measured in it;
+// - printed text is kept back and drawn as one run of glyphs, in the order
+//   printed, up to the next operation that is not text in the same font and
+//   pen: a table page's cells become one piece of text instead of one each.
+//   The glyphs land where the printed texts put them;
+// - the glyphs of a text printed again are not shaped again;
+// - the pen reaches the painter only when it changes;
+// - a line, point, box or circle is drawn around a local origin at its own
+//   centre. On a PDF page every mark of a chart then writes the same path
+//   text, only its origin differs, and the page's compression folds the
+//   repeats away; on a picture it is the same drawing. Text is drawn with the
+//   origin at the page's corner.
 class PainterTarget : public OutputTarget
 {
 public:
@@ -45,11 +65,11 @@ public:
     double TextHeight(const QString& text) override;
 
     void SetFont(const QString& typeface) override;
-    QString Font() const override { return m_font.family(); }
+    QString Font() const override { return m_typeface; }
     void SetFontSize(double points) override;
-    double FontSize() const override { return m_font.pointSizeF(); }
+    double FontSize() const override { return m_fontSize; }
     void SetFontBold(bool bold) override;
-    bool FontBold() const override { return m_font.bold(); }
+    bool FontBold() const override { return m_fontBold; }
 
     void SetForeColor(const QColor& color) override { m_foreColor = color; }
     QColor ForeColor() const override { return m_foreColor; }
@@ -74,7 +94,9 @@ protected:
     void setResolution(double dotsPerInch);
 
     // Begins the painter when it is not active yet; raises a printer error
-    // (RuntimeError 484) when the device cannot be painted on.
+    // (RuntimeError 484) when the device cannot be painted on. Everything
+    // printed so far is drawn, and the painter's coordinates are device
+    // pixels from the page's corner.
     QPainter& painter();
     bool isPainting() const { return m_painter.isActive(); }
     // Subclasses end the painter in their destructor, while the device lives.
@@ -82,10 +104,62 @@ protected:
     void homePosition();
 
 private:
+    // A one-line text as a font measures and draws it. Its glyphs are kept
+    // from its second printing on: a text printed once (a visit's date) is not
+    // worth the memory.
+    struct ShapedText
+    {
+        double width = -1;       // device pixels; < 0 until measured
+        bool printed = false;    // printed before
+        bool shaped = false;     // glyphs kept
+        QList<QGlyphRun> glyphs; // positions from the text's left end on its baseline
+    };
+
+    // A font as the device renders it, with the texts measured or printed in it.
+    struct DeviceFont
+    {
+        QString typeface;
+        double points;
+        bool bold;
+        QFont font;
+        QFontMetricsF metrics;
+        QHash<QString, ShapedText> texts;
+    };
+
+    struct Pen
+    {
+        QColor color;
+        int width;
+        int style;
+        bool operator==(const Pen&) const = default;
+    };
+
+    // Printed text not drawn yet: glyphs of one font in one pen, at their
+    // places on the page.
+    struct PendingText
+    {
+        Pen pen;
+        QRawFont font;
+        QList<quint32> glyphs;
+        QList<QPointF> positions;
+    };
+
     double toDevice(double twips) const { return twips * m_pixelsPerTwip; }
-    const QFontMetricsF& metrics();
+    DeviceFont& currentFont();
+    ShapedText& textIn(DeviceFont& font, const QString& line);
+    double lineWidth(DeviceFont& font, const QString& line);
+    void printLine(DeviceFont& font, const QString& line, const QPointF& baseline, const Pen& pen);
+    static QList<QGlyphRun> shape(const DeviceFont& font, const QString& line, QPaintDevice* device);
+    void addPendingText(const QList<QGlyphRun>& glyphs, const QPointF& baseline, const Pen& pen);
+    void drawPendingText();
     void fontChanged();
-    void usePen(const QColor& color);
+    Pen penFor(const QColor& color) const;
+    void usePen(const Pen& pen);
+    // The painter, begun, with nothing printed left undrawn.
+    QPainter& activePainter();
+    // The painter with its origin at anchor (device pixels): shapes are drawn
+    // in coordinates relative to it.
+    QPainter& painterAround(const QPointF& anchor);
 
     QPainter m_painter;
     double m_dotsPerInch = 1440;
@@ -93,18 +167,26 @@ private:
 
     double m_currentX = 0;
     double m_currentY = 0;
-    QFont m_font = defaultFont();
-    std::optional<QFontMetricsF> m_metrics;
-    bool m_painterFontStale = true;
+
+    QString m_typeface = defaultTypeface();
+    double m_fontSize = 10;
+    bool m_fontBold = false;
+    // Every font used so far at this resolution; m_font is the current one.
+    std::vector<std::unique_ptr<DeviceFont>> m_fonts;
+    DeviceFont* m_font = nullptr;
+
     QColor m_foreColor = QColor(0, 0, 0);
     int m_drawWidth = 1;
     int m_drawStyle = 0;
 
+    PendingText m_pending;
+
     // What the painter's pen is now, so that it is replaced only on a change.
     bool m_painterPenStale = true;
-    QColor m_penColor;
-    int m_penWidth = 0;
-    int m_penStyle = 0;
+    Pen m_painterPen;
 
-    static QFont defaultFont();
+    // Where the painter's origin is now, in device pixels.
+    QPointF m_origin;
+
+    static QString defaultTypeface();
 };

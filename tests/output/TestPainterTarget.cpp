@@ -6,8 +6,11 @@
 #include "platform/RuntimeError.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <QFontMetricsF>
 #include <QImage>
 #include <QPageSize>
+#include <QPainter>
 #include <QPrinterInfo>
 #include <QProcess>
 #include <QRegularExpression>
@@ -255,6 +258,153 @@ private slots:
         picture.EndDoc();
         picture.Line(0, 720, 1440, 720);
         QVERIFY(IsDark(picture.image().pixel(48, 48)));
+    }
+
+    void fontsKeepTheirOwnMetricsWhenSwitchedBack()
+    {
+        PictureTarget picture(12240, 15840, 600);
+        const QString text = QStringLiteral("12/31/2024");
+        picture.SetFontSize(10);
+        const double regular = picture.TextWidth(text);
+        const double line = picture.TextHeight(text);
+        picture.SetFontBold(true);
+        picture.SetFontSize(14);
+        const double bigBold = picture.TextWidth(text);
+        QVERIFY(bigBold > regular * 1.3);
+        QVERIFY(picture.TextHeight(text) > line * 1.3);
+
+        // Back at 10 points regular: the same figures as at first and as on a fresh target.
+        picture.SetFontBold(false);
+        picture.SetFontSize(10);
+        QCOMPARE(picture.TextWidth(text), regular);
+        QCOMPARE(picture.TextHeight(text), line);
+        PictureTarget fresh(12240, 15840, 600);
+        QCOMPARE(fresh.TextWidth(text), regular);
+
+        // A size that is no size changes nothing.
+        picture.SetFontSize(0);
+        QCOMPARE(picture.FontSize(), 10.0);
+        QCOMPARE(picture.TextWidth(text), regular);
+    }
+
+    void printedTextLooksAsThePainterDrawsIt()
+    {
+        // Texts printed once, twice and many times, each in a row of its own,
+        // against the same texts drawn straight with a painter in the same font.
+        const QStringList texts{QStringLiteral("12/31/2024"), QStringLiteral(" 4.60  "), QStringLiteral("4.60"),
+                                QStringLiteral("(mmol/min/kPa)"), QStringLiteral("AVATAR fi ffl")};
+        PictureTarget picture(12240, 15840, 150);
+        picture.Cls();
+        picture.SetFontSize(10);
+        QImage expected(picture.image().size(), QImage::Format_RGB32);
+        expected.setDotsPerMeterX(picture.image().dotsPerMeterX());
+        expected.setDotsPerMeterY(picture.image().dotsPerMeterY());
+        expected.fill(Qt::white);
+        QPainter painter(&expected);
+        painter.setRenderHint(QPainter::Antialiasing);
+        QFont font(QStringLiteral("Arial"));
+        font.setPointSizeF(10);
+        font.setHintingPreference(QFont::PreferNoHinting);
+        painter.setFont(font);
+        painter.setPen(QPen(QColor(0, 0, 0), 1, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        const double ascent = QFontMetricsF(font, &expected).ascent();
+
+        double y = 300.5;
+        for (int row = 0; row < 4; ++row)
+        {
+            double x = 700.25;
+            for (const QString& text : texts)
+            {
+                picture.SetCurrentX(x);
+                picture.SetCurrentY(y);
+                picture.Print(text);
+                painter.drawText(QPointF(x * 150 / 1440, y * 150 / 1440 + ascent), text);
+                x += 2200.4;
+            }
+            y += 1000.3;
+        }
+        painter.end();
+        QCOMPARE(picture.image(), expected);
+    }
+
+    void printedTextIsDrawnBeforeWhatFollowsIt()
+    {
+        PictureTarget picture(12240, 15840, 96);
+        picture.Cls();
+        picture.SetFontSize(20);
+        picture.SetCurrentX(1440);
+        picture.SetCurrentY(1440);
+        picture.Print(QStringLiteral("HHHH"));
+        // A white line wider than the text is tall, over its middle.
+        picture.SetDrawWidth(60);
+        picture.Line(1300, 1440 + 200, 4000, 1440 + 200, QColor(255, 255, 255));
+        const QImage& image = picture.image();
+        for (int y = 90; y < 140; ++y)
+        {
+            for (int x = 90; x < 270; ++x)
+                QVERIFY2(!IsDark(image.pixel(x, y)), qPrintable(QStringLiteral("%1,%2").arg(x).arg(y)));
+        }
+    }
+
+    void aPenThatDrawsNoLineDrawsNoText()
+    {
+        PictureTarget picture(2880, 2880, 96);
+        picture.Cls();
+        picture.SetFontSize(20);
+        picture.SetDrawStyle(5);
+        picture.SetCurrentY(200);
+        picture.Print(QStringLiteral("HHHH"));
+        // It still moves down a line.
+        QVERIFY(picture.CurrentY() > 200);
+        const QImage& image = picture.image();
+        for (int y = 0; y < image.height(); ++y)
+        {
+            for (int x = 0; x < image.width(); ++x)
+                QCOMPARE(image.pixel(x, y), qRgb(255, 255, 255));
+        }
+    }
+
+    void marksOnAPdfPageLandInPlaceAndRepeatCheaply()
+    {
+        // 3,000 chart marks (dot, circle and cross, as the QC graph draws them)
+        // across a page: each lands where it was drawn, and since every mark
+        // writes the same path text around its own centre, the compressed
+        // page takes a few bytes a mark, not the hundred its coordinates would.
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("marks.pdf"));
+        PrinterTarget printer(PdfPrinter(file));
+        const double radius = 60;
+        printer.SetDrawWidth(5);
+        for (int i = 0; i < 3000; ++i)
+        {
+            const double x = 1440 + (i % 60) * 150.7;
+            const double y = 1440 + (i / 60) * 250.3 + (i % 7) * 13.1;
+            printer.PSet(x, y, QColor(0, 0, 0));
+            printer.Circle(x, y, radius, QColor(0, 0, 0));
+            printer.Line(x - radius, y, x + radius, y);
+            printer.Line(x, y - radius, x, y + radius);
+        }
+        printer.EndDoc();
+        const qint64 size = QFileInfo(file).size();
+        QVERIFY2(size > 0 && size < 3000 * 25, qPrintable(QString::number(size)));
+
+        // The marks at 300 dpi (a pixel is 4.8 twips): the first one's centre
+        // and its cross are dark, its inside and the page's empty corner not.
+        const QString png = dir.filePath(QStringLiteral("marks"));
+        RunPdfTool(QStringLiteral("pdftoppm"), {QStringLiteral("-r"), QStringLiteral("300"), QStringLiteral("-png"),
+                                                QStringLiteral("-singlefile"), file, png});
+        QImage page(png + QStringLiteral(".png"));
+        QVERIFY(!page.isNull());
+        const auto pixel = [](double twips) { return qRound(twips / 4.8); };
+        QVERIFY(IsDark(page.pixel(pixel(1440), pixel(1440))));
+        QVERIFY(IsDark(page.pixel(pixel(1440 + 40), pixel(1440))));
+        QVERIFY(IsDark(page.pixel(pixel(1440), pixel(1440 - radius))));
+        QVERIFY(!IsDark(page.pixel(pixel(1440 + 30), pixel(1440 + 30))));
+        QVERIFY(!IsDark(page.pixel(pixel(720), pixel(720))));
+        // The last mark: column 59, row 49, three steps of 13.1 twips down.
+        const int lastX = pixel(1440 + 59 * 150.7);
+        const int lastY = pixel(1440 + 49 * 250.3 + 3 * 13.1);
+        QVERIFY(IsDark(page.pixel(lastX, lastY)));
     }
 
     void printerScaleIsTheWholeSheetInTwips()

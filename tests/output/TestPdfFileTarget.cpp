@@ -1,0 +1,213 @@
+#include "common/TestMain.h"
+#include "output/PdfFileTarget.h"
+#include "output/PrinterTarget.h"
+#include "platform/RuntimeError.h"
+
+#include <QFile>
+#include <QImage>
+#include <QPrinter>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <functional>
+#include <memory>
+
+namespace
+{
+QString RunPdfTool(const QString& tool, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(tool, arguments);
+    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        return QStringLiteral("<%1 failed: %2>").arg(tool, QString::fromLocal8Bit(process.readAllStandardError()));
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+// Every page of a PDF at 100 dpi.
+QList<QImage> RenderPages(const QString& file, const QString& folder)
+{
+    const QString prefix = folder + QStringLiteral("/page");
+    RunPdfTool(QStringLiteral("pdftoppm"),
+               {QStringLiteral("-r"), QStringLiteral("100"), QStringLiteral("-png"), file, prefix});
+    QList<QImage> pages;
+    for (int page = 1;; ++page)
+    {
+        const QImage image(prefix + QStringLiteral("-%1.png").arg(page));
+        if (image.isNull())
+            break;
+        pages.append(image.convertToFormat(QImage::Format_RGB32));
+    }
+    return pages;
+}
+
+// Two pages of a small report: a header, a chart's lines and marks, a table's cells.
+void DrawTwoPages(OutputTarget& target)
+{
+    for (int page = 0; page < 2; ++page)
+    {
+        if (page > 0)
+            target.NewPage();
+        target.SetFontBold(true);
+        target.SetFontSize(14);
+        target.SetCurrentX(720);
+        target.SetCurrentY(720);
+        target.Print(QStringLiteral("Levey-Jennings QC Report, page %1").arg(page + 1));
+        target.SetFontBold(false);
+        target.SetFontSize(10);
+        target.SetDrawWidth(4);
+        target.Line(1440, 2000, 10800, 6000, QColor(0, 0, 0), true);
+        target.SetDrawWidth(1);
+        target.SetDrawStyle(2);
+        target.Line(1440, 4000, 10800, 4000);
+        target.SetDrawStyle(0);
+        target.SetDrawWidth(5);
+        for (int i = 0; i < 40; ++i)
+        {
+            const double x = 1700 + i * 220.5;
+            const double y = 3000 + (i % 9) * 250.25;
+            target.PSet(x, y, QColor(0, 0, 0));
+            target.Circle(x, y, 60, QColor(0, 0, 0));
+            target.Line(x - 60, y, x + 60, y);
+            target.Line(x, y - 60, x, y + 60);
+        }
+        target.SetDrawWidth(1);
+        for (int row = 0; row < 20; ++row)
+        {
+            for (int column = 0; column < 6; ++column)
+            {
+                const QString cell = QString::number(3.5 + (row * 7 + column) % 13 / 10.0, 'f', 2);
+                target.SetCurrentX(1440 + column * 1500 + 1000 - target.TextWidth(cell));
+                target.SetCurrentY(7000 + row * 280);
+                target.Print(cell);
+            }
+        }
+    }
+    target.EndDoc();
+}
+} // namespace
+
+class TestPdfFileTarget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void scaleIsTheWholeSheetInTwips()
+    {
+        QTemporaryDir dir;
+        PdfFileTarget letter(dir.filePath(QStringLiteral("letter.pdf")), QPageSize(QPageSize::Letter),
+                             QPageLayout::Portrait);
+        QCOMPARE(letter.ScaleLeft(), 0.0);
+        QCOMPARE(letter.ScaleTop(), 0.0);
+        QCOMPARE(letter.ScaleWidth(), 12240.0);
+        QCOMPARE(letter.ScaleHeight(), 15840.0);
+        QCOMPARE(letter.dotsPerInch(), 600.0);
+        QCOMPARE(letter.DeviceName(), QString());
+
+        PdfFileTarget landscape(dir.filePath(QStringLiteral("landscape.pdf")), QPageSize(QPageSize::Letter),
+                                QPageLayout::Landscape, 300);
+        QCOMPARE(landscape.ScaleWidth(), 15840.0);
+        QCOMPARE(landscape.ScaleHeight(), 12240.0);
+        QCOMPARE(landscape.dotsPerInch(), 300.0);
+
+        PdfFileTarget a4(dir.filePath(QStringLiteral("a4.pdf")), QPageSize(QPageSize::A4), QPageLayout::Portrait);
+        QCOMPARE(a4.ScaleWidth(), 595.0 * 20);
+        QCOMPARE(a4.ScaleHeight(), 842.0 * 20);
+    }
+
+    void measuringWritesNoFile()
+    {
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("measure.pdf"));
+        PdfFileTarget target(file, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
+        target.SetFontSize(10);
+        QVERIFY(qAbs(target.TextWidth(QStringLiteral("X")) - 1366.0 / 2048 * 200) < 1.0);
+        target.EndDoc();
+        QVERIFY(!QFile::exists(file));
+    }
+
+    void pagesAreThoseOfThePdfPrinter()
+    {
+        // The same drawing through the PDF printer and through the file target:
+        // the same pages, pixel for pixel, and the same text.
+        QTemporaryDir dir;
+        const QString printed = dir.filePath(QStringLiteral("printer.pdf"));
+        const QString written = dir.filePath(QStringLiteral("file.pdf"));
+        {
+            auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+            printer->setOutputFormat(QPrinter::PdfFormat);
+            printer->setResolution(600);
+            printer->setPageSize(QPageSize(QPageSize::Letter));
+            printer->setPageOrientation(QPageLayout::Portrait);
+            printer->setOutputFileName(printed);
+            PrinterTarget target(std::move(printer));
+            DrawTwoPages(target);
+        }
+        {
+            PdfFileTarget target(written, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
+            DrawTwoPages(target);
+        }
+
+        const QString info = RunPdfTool(QStringLiteral("pdfinfo"), {written});
+        QVERIFY2(info.contains(QRegularExpression(QStringLiteral("Pages:\\s+2\\n"))), qPrintable(info));
+        QVERIFY2(info.contains(QStringLiteral("612 x 792 pts")), qPrintable(info));
+
+        const QString printedText =
+            RunPdfTool(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), printed, QStringLiteral("-")});
+        const QString writtenText =
+            RunPdfTool(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), written, QStringLiteral("-")});
+        QVERIFY2(writtenText.contains(QStringLiteral("Levey-Jennings QC Report, page 2")), qPrintable(writtenText));
+        QVERIFY2(writtenText.contains(QStringLiteral("4.70")), qPrintable(writtenText));
+        QCOMPARE(writtenText, printedText);
+
+        QTemporaryDir printedPages;
+        QTemporaryDir writtenPages;
+        const QList<QImage> expected = RenderPages(printed, printedPages.path());
+        const QList<QImage> actual = RenderPages(written, writtenPages.path());
+        QCOMPARE(expected.size(), 2);
+        QCOMPARE(actual.size(), 2);
+        QCOMPARE(actual.at(0), expected.at(0));
+        QCOMPARE(actual.at(1), expected.at(1));
+    }
+
+    void drawingAfterEndDocWritesTheFileAnew()
+    {
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("again.pdf"));
+        PdfFileTarget target(file, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
+        target.Print(QStringLiteral("first job"));
+        target.EndDoc();
+        target.Print(QStringLiteral("second job"));
+        target.EndDoc();
+        const QString text = RunPdfTool(QStringLiteral("pdftotext"), {file, QStringLiteral("-")});
+        QVERIFY2(text.contains(QStringLiteral("second job")), qPrintable(text));
+        QVERIFY(!text.contains(QStringLiteral("first job")));
+    }
+
+    void anUnwritableFileRaisesAPrinterError()
+    {
+        QTemporaryDir dir;
+        PdfFileTarget target(dir.filePath(QStringLiteral("no such folder/report.pdf")), QPageSize(QPageSize::Letter),
+                             QPageLayout::Portrait);
+        QVERIFY(target.TextWidth(QStringLiteral("X")) > 0);
+        const std::function<void()> drawings[] = {[&] { target.Line(0, 0, 1440, 1440); },
+                                                  [&] { target.Print(QStringLiteral("X")); },
+                                                  [&] { target.NewPage(); }};
+        for (const std::function<void()>& draw : drawings)
+        {
+            try
+            {
+                draw();
+                QFAIL("drawing on a PDF file that cannot be written did not raise");
+            }
+            catch (const RuntimeError& error)
+            {
+                QCOMPARE(error.number(), ErrorNumber::PrinterError);
+            }
+        }
+    }
+};
+
+CALVEX_TEST(TestPdfFileTarget)
+#include "TestPdfFileTarget.moc"
