@@ -37,7 +37,8 @@ public:
     explicit NorrixCalcEngine(SuiteSettings settings);
 
     // 0 for this program's number (6); the session's start is logged when the
-    // database can be reached (the start check reports it otherwise).
+    // database can be reached (the start check reports it otherwise). An
+    // embedded demo database that does not exist yet is created first.
     qint32 OpenApplication(qint32 applicationNumber) override;
     // The user's rights as stored, also for a disabled user (the start check refuses those).
     bool HasRight(qint32 right) override;

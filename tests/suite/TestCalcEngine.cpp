@@ -9,6 +9,7 @@
 #include "suite/SuiteSchema.h"
 
 #include <QSqlQuery>
+#include <QFileInfo>
 #include <QTest>
 
 class TestCalcEngine : public QObject
@@ -152,6 +153,35 @@ private slots:
                  qPrintable(engine.StartCheckReason()));
         // Notifications need the database: they raise the reason as an error.
         QVERIFY_THROWS_EXCEPTION(RuntimeError, engine.PatientNotify(9, 6, 0, QStringLiteral("QC001")));
+    }
+
+    void sessionCreatesTheMissingDemoDatabase()
+    {
+        SuiteTestDatabase test;
+        const QString path = test.tempPath(QStringLiteral("first/start/norrix-demo.sqlite"));
+        test.setValue(QStringLiteral("Database Driver"), QStringLiteral("QSQLITE"));
+        test.setValue(QStringLiteral("Database Name"), path);
+        test.setValue(QStringLiteral("Demo Database"), 1);
+        test.setValue(QStringLiteral("Default Rights"), QStringLiteral("500,501"));
+        QVERIFY(!QFileInfo::exists(path));
+        NorrixCalcEngine engine;
+        QCOMPARE(engine.OpenApplication(6), 0);
+        QVERIFY(QFileInfo(path).isFile());
+        QCOMPARE(engine.StartCheck(), NorrixCalcEngine::StartAllowed);
+        QVERIFY(engine.HasRight(501));
+    }
+
+    void sessionLeavesAMissingSiteDatabaseMissing()
+    {
+        SuiteTestDatabase test;
+        const QString path = test.tempPath(QStringLiteral("site/qc.sqlite"));
+        test.setValue(QStringLiteral("Database Driver"), QStringLiteral("QSQLITE"));
+        test.setValue(QStringLiteral("Database Name"), path);
+        test.setValue(QStringLiteral("Demo Database"), 0);
+        NorrixCalcEngine engine;
+        QCOMPARE(engine.OpenApplication(6), 0);
+        QVERIFY(!QFileInfo::exists(path));
+        QCOMPARE(engine.StartCheck(), NorrixCalcEngine::StartDatabaseUnreachable);
     }
 
     void startCheckRefusesAnUnreachableServer()
