@@ -9,8 +9,9 @@
 // the same order: the graph pages first (three charts a page), then the table
 // pages, numbered on from them. No page shows a page total.
 //
-// Store errors while preparing (RuntimeError) reach the caller; by then
-// nothing has been drawn.
+// A store error while the graph series are fetched (RuntimeError) reaches the
+// caller, before anything is drawn; a table whose data set cannot be read
+// only makes its preparation fail.
 
 // Print's preparation: the graph series, and only when there is at least one
 // the table's data set. False when either fails.

@@ -320,6 +320,12 @@ private slots:
         QVERIFY(!PrintReport(target, info, false));
         QCOMPARE(m_store->calls.last(), QStringLiteral("GetTableData si=0"));
         QVERIFY(target.ops().empty());
+
+        // A store that fails on the table is no error of the run: it just does not print.
+        answer(info);
+        m_store->failOn = QStringLiteral("GetTableData");
+        QVERIFY(!PrintReport(target, info, false));
+        QVERIFY(target.ops().empty());
     }
 
     void withoutOpenChartsTheTableStartsOnTheFirstSheet()

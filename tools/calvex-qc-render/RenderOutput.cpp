@@ -14,7 +14,7 @@
 namespace
 {
 constexpr double kTwipsPerPoint = 20;
-// Pictures at a tenth of an inch per ten pixels: a letter page is 850 x 1100.
+// PNG pages at 100 pixels an inch: a letter page is 850 x 1100 pixels.
 constexpr int kPngDotsPerInch = 100;
 
 const QPageSize kPaper(QPageSize::Letter);
