@@ -71,6 +71,10 @@ ReportTabsPanel::ReportTabsPanel(MainWindowHost& host, QWidget* parent)
             RunGuarded([this] { sstabReportTabs_Click(); }, m_host.MsgTitle());
     });
     connect(cmdNew, &QPushButton::clicked, this, [this] { RunGuarded([this] { cmdNew_Click(); }, m_host.MsgTitle()); });
+    // Save, Save As and Delete show their own errors.
+    connect(cmdSave, &QPushButton::clicked, this, [this] { cmdSave_Click(); });
+    connect(cmdSaveAs, &QPushButton::clicked, this, [this] { cmdSaveAs_Click(); });
+    connect(cmdDelete, &QPushButton::clicked, this, [this] { cmdDelete_Click(); });
 }
 
 QWidget* ReportTabsPanel::buildTab(int Index)
@@ -188,6 +192,12 @@ void ReportTabsPanel::connectHandlers(int Index)
             [this, Index, guarded] { guarded([this, Index] { msfgVariable_Click(Index); }); });
     connect(msfgVariable[Index], &FlexGrid::resized, this,
             [this, Index, guarded] { guarded([this, Index] { SizeGridColumns(Index); }); });
+    connect(cmdVarAdd[Index], &QPushButton::clicked, this,
+            [this, Index, guarded] { guarded([this, Index] { cmdVarAdd_Click(Index); }); });
+    connect(cmdVarUpdate[Index], &QPushButton::clicked, this,
+            [this, Index, guarded] { guarded([this, Index] { cmdVarUpdate_Click(Index); }); });
+    connect(cmdVarRemove[Index], &QPushButton::clicked, this,
+            [this, Index, guarded] { guarded([this, Index] { cmdVarRemove_Click(Index); }); });
 }
 
 int ReportTabsPanel::CurrentTab() const

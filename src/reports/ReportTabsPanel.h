@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/ReportInfo.h"
 #include "platform/Recordset.h"
 #include "reports/MainWindowHost.h"
 #include "widgets/FlexGrid.h"
@@ -14,6 +15,8 @@
 #include <array>
 #include <map>
 
+class QCReportStore;
+
 // The report definitions part of the main window: the tab strip with one page
 // per test type (0 = pulmonary function, 1 = gas exchange), each with its
 // saved-report list, its variable catalogue, the editor of the selected
@@ -22,7 +25,10 @@
 // The procedures live in files by concern: ReportTabsPanel.cpp builds the
 // controls and keeps the tab switch, ReportCatalogue.cpp the variable
 // catalogue, ReportList.cpp the saved-report lists and opening,
-// VariableEditor.cpp the selected-variables editor.
+// VariableEditor.cpp the selected-variables editor, VariableRows.cpp the
+// editor's Add / Update / Remove, ReportCommands.cpp Save, Save As, Delete
+// and the rules of their buttons, ReportRequest.cpp the report request built
+// from a tab's grid.
 class ReportTabsPanel final : public QWidget
 {
     Q_OBJECT
@@ -81,6 +87,21 @@ public:
     void cmdNew_Click();
     void UpdateSaveAsButton(int Index);
 
+    // Save replaces the stored definition of the list's current item by the
+    // grid's; Save As stores the grid under a new name; Delete removes the
+    // current item's definition. Each shows its own errors.
+    void cmdSave_Click();
+    void cmdSaveAs_Click();
+    void cmdDelete_Click();
+    // Stores the current tab's grid under Name through store; the new ID.
+    qint32 SaveReportDefinition(QCReportStore& store, const QString& Name);
+    // Deletes the definition of the current tab's selected list item.
+    void DeleteSelectedReport(QCReportStore& store);
+    // The edit right applied to New, Save, Save As and Delete again.
+    void UpdateReportButtons();
+    void EnableNewButton();
+    void UpdateDeleteButton();
+
     // The user's switch to another tab: the list follows the definition the
     // tab's grid holds.
     void sstabReportTabs_Click();
@@ -95,6 +116,20 @@ public:
     void SizeGridColumns(int Index);
     void chkShowIn_Click(int Index);
     void msfgVariable_Click(int Index);
+
+    void cmdVarAdd_Click(int Index);
+    void cmdVarUpdate_Click(int Index);
+    void cmdVarRemove_Click(int Index);
+    // Writes the chosen table and variable with the two flags into a new row
+    // (blnAdd) or over the current row, within the limits of nine.
+    void AddOrUpdateVariable(int Index, bool blnAdd);
+    // Rows shown in the graph or in the table.
+    qint32 CountSelectedVariables(qint16 Index) const;
+
+    // The report request of tab: its grid's rows (names made unique), the
+    // subject and the date boxes. The number of variables put in; 0 leaves
+    // info as it was.
+    qint32 BuildReportInfo(qint16 tab, ReportInfo& info) const;
 
 private:
     QWidget* buildTab(int Index);

@@ -1,0 +1,186 @@
+// Save, Save As and Delete of the current tab's definition, and the rules
+// that enable New, Save, Save As and Delete.
+#include "reports/ReportTabsPanel.h"
+
+#include "components/QCReportStore.h"
+#include "components/modCalcObject.h"
+#include "platform/MessageService.h"
+#include "platform/RuntimeError.h"
+#include "platform/modResource.h"
+#include "reports/frmSaveAs.h"
+#include "widgets/ComboList.h"
+
+#include <QSignalBlocker>
+
+#include <memory>
+
+namespace
+{
+std::unique_ptr<QCReportStore> createStore()
+{
+    return ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
+}
+
+// Removes the selected item of a list without choosing another one: the list
+// is left without selection and its handler does not run.
+void removeSelectedItem(QComboBox* list)
+{
+    const QSignalBlocker blocker(list);
+    list->removeItem(list->currentIndex());
+    list->setCurrentIndex(-1);
+}
+} // namespace
+
+qint32 ReportTabsPanel::SaveReportDefinition(QCReportStore& store, const QString& Name)
+{
+    ReportInfo info;
+    BuildReportInfo(qint16(CurrentTab()), info);
+    return store.SaveReport(Name, info);
+}
+
+void ReportTabsPanel::DeleteSelectedReport(QCReportStore& store)
+{
+    QComboBox* list = cboReports[CurrentTab()];
+    store.DeleteReport(ComboList::ItemData(list, list->currentIndex()), QString());
+}
+
+void ReportTabsPanel::cmdSave_Click()
+{
+    // A save replaces the stored definition: the stored copy is deleted and
+    // the grid saved anew under the list's text, with a new ID. The
+    // placeholder is saved the same way (deleting ID 0 finds nothing).
+    //
+    // Both writes run in one store transaction, so that a failing save leaves
+    // the stored definition and the list item as they were; the error is then
+    // shown with the exclamation icon. That guard against data loss is the one
+    // addition to what Save has always done.
+    const int tab = CurrentTab();
+    QComboBox* list = cboReports[tab];
+    std::unique_ptr<QCReportStore> store;
+    bool inTransaction = false;
+    try
+    {
+        store = createStore();
+        store->BeginTrans();
+        inTransaction = true;
+        DeleteSelectedReport(*store);
+        const QString name = list->currentText();
+        const int position = list->currentIndex();
+        const qint32 newId = SaveReportDefinition(*store, name);
+        store->CommitTrans();
+        inTransaction = false;
+        ComboList::SetItemData(list, position, newId);
+        m_host.SetReportDirty(tab, false);
+    }
+    catch (const RuntimeError& error)
+    {
+        if (inTransaction)
+        {
+            try
+            {
+                store->RollbackTrans();
+            }
+            catch (const RuntimeError&)
+            {
+                // The store undoes what it began when it is released.
+            }
+        }
+        store.reset();
+        MsgBox(error.description(), MsgStyle::Exclamation, m_host.MsgTitle());
+    }
+}
+
+void ReportTabsPanel::cmdSaveAs_Click()
+{
+    const int tab = CurrentTab();
+    std::unique_ptr<QCReportStore> store;
+    try
+    {
+        QString name;
+        {
+            frmSaveAs dialog(m_host.MsgTitle(), window());
+            dialog.exec();
+            name = dialog.m_strName;
+        }
+        if (name.isEmpty())
+            return;
+
+        store = createStore();
+        const qint32 newId = SaveReportDefinition(*store, name);
+        store.reset();
+
+        // The new item is selected without opening it: the grid already holds it.
+        QComboBox* list = cboReports[tab];
+        m_host.SetLoading(true);
+        ComboList::AddItem(list, name);
+        ComboList::SetItemData(list, list->count() - 1, newId);
+        ComboList::SetListIndex(list, list->count() - 1);
+        m_host.SetLoading(false);
+        m_host.SetReportDirty(tab, false);
+    }
+    catch (const RuntimeError& error)
+    {
+        store.reset();
+        MsgBox(error.description(), MsgStyle::Exclamation, m_host.MsgTitle());
+        m_host.SetLoading(false);
+    }
+}
+
+void ReportTabsPanel::cmdDelete_Click()
+{
+    const int tab = CurrentTab();
+    QComboBox* list = cboReports[tab];
+    std::unique_ptr<QCReportStore> store;
+    try
+    {
+        const QString question =
+            GetResourceText(4057) + QStringLiteral(" \"") + list->currentText() + QStringLiteral("\"?");
+        if (MsgBox(question, MsgStyle::YesNo + MsgStyle::Question, GetResourceText(4058)) != MsgAnswer::Yes)
+            return;
+        store = createStore();
+        DeleteSelectedReport(*store);
+        store.reset();
+        cmdDelete->setEnabled(false);
+        removeSelectedItem(list);
+        // The placeholder starts a new definition on the tab.
+        ComboList::SetListIndex(list, 0);
+    }
+    catch (const RuntimeError& error)
+    {
+        store.reset();
+        MsgBox(error.description(), MsgStyle::Exclamation, m_host.MsgTitle());
+        m_host.SetLoading(false);
+    }
+}
+
+void ReportTabsPanel::UpdateReportButtons()
+{
+    if (blnCanEditReports)
+    {
+        EnableNewButton();
+        UpdateSaveAsButton(CurrentTab());
+        UpdateDeleteButton();
+    }
+    else
+    {
+        cmdNew->setEnabled(false);
+        cmdSave->setEnabled(false);
+        cmdSaveAs->setEnabled(false);
+        cmdDelete->setEnabled(false);
+    }
+}
+
+void ReportTabsPanel::EnableNewButton()
+{
+    cmdNew->setEnabled(blnCanEditReports);
+}
+
+void ReportTabsPanel::UpdateDeleteButton()
+{
+    QComboBox* list = cboReports[CurrentTab()];
+    const qint32 id = ComboList::ItemData(list, list->currentIndex());
+    if (id > 0)
+        cmdDelete->setEnabled(createStore()->CanDeleteReport(id, QString()));
+    else
+        cmdDelete->setEnabled(false);
+}
