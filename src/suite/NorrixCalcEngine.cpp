@@ -2,8 +2,6 @@
 
 #include "platform/Clock.h"
 #include "platform/RuntimeError.h"
-
-#include <QFileInfo>
 #include "suite/SuiteSchema.h"
 #include "suite/SuiteSetup.h"
 #include "suite/SuiteText.h"
@@ -47,17 +45,13 @@ qint32 NorrixCalcEngine::OpenApplication(qint32 applicationNumber)
     // Before the program's first start the embedded demo database does not
     // exist yet. The session brings it up, as the database tool would, so that
     // the start check and the user's rights find it on a fresh machine too.
-    const SuiteSettings& settings = m_db.settings();
-    if (settings.demo && !settings.isPostgres() && !QFileInfo::exists(settings.databaseName))
+    try
     {
-        try
-        {
-            SuiteSetup::runAuto(settings);
-        }
-        catch (const RuntimeError&)
-        {
-            // The start check reports why the database cannot be had.
-        }
+        SuiteSetup::createMissingDemo(m_db.settings());
+    }
+    catch (const RuntimeError&)
+    {
+        // The start check reports why the database cannot be had.
     }
     try
     {

@@ -5,6 +5,8 @@
 #include "suite/SuiteDatabase.h"
 #include "suite/SuiteSchema.h"
 
+#include <QFileInfo>
+
 SuiteSetup::Outcome SuiteSetup::runAuto(const SuiteSettings& settings)
 {
     SuiteDatabase db(settings, SuiteDatabase::OpenMode::CreateIfMissing);
@@ -21,4 +23,12 @@ SuiteSetup::Outcome SuiteSetup::runAuto(const SuiteSettings& settings)
         throw RuntimeError(SuiteDatabase::ErrorQueryFailed, SuiteDatabase::ErrorSource,
                            QStringLiteral("The QC database failed its check: ") + problems.join(u' '));
     return outcome;
+}
+
+bool SuiteSetup::createMissingDemo(const SuiteSettings& settings)
+{
+    if (!settings.demo || settings.isPostgres() || QFileInfo::exists(settings.databaseName))
+        return false;
+    runAuto(settings);
+    return true;
 }

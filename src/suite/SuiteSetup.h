@@ -18,4 +18,9 @@ public:
 
     // Raises RuntimeError with a one-sentence description when anything fails.
     static Outcome runAuto(const SuiteSettings& settings);
+
+    // Brings up the embedded demo database of settings as runAuto does, when
+    // it does not exist yet (before the database tool's first run); true when
+    // it was made. Any other database that is missing stays missing.
+    static bool createMissingDemo(const SuiteSettings& settings);
 };

@@ -260,27 +260,36 @@ private slots:
         QCOMPARE(QImage(QDir(folder).filePath(QStringLiteral("page-001.png"))).size(), QSize(850, 1100));
     }
 
-    void aMissingDatabaseIsNotCreated()
+    void aMissingSiteDatabaseIsAnError()
     {
-        const QString missing = m_fixture->path(QStringLiteral("elsewhere/qc.sqlite"));
+        const QString missing = m_fixture->path(QStringLiteral("site/qc.sqlite"));
         m_fixture->registry().setValue(QStringLiteral("Database Name"), missing);
-        const RenderFixture::Result demo = render(Valid() << QStringLiteral("--out") << QStringLiteral("%OUT%"));
         m_fixture->registry().setValue(QStringLiteral("Demo Database"), 0);
-        const RenderFixture::Result site = render(Valid() << QStringLiteral("--out") << QStringLiteral("%OUT%"));
+        const RenderFixture::Result result = render(Valid() << QStringLiteral("--out") << QStringLiteral("%OUT%"));
         m_fixture->registry().setValue(QStringLiteral("Demo Database"), 1);
         m_fixture->registry().setValue(QStringLiteral("Database Name"),
                                        m_fixture->path(QStringLiteral("norrix-demo.sqlite")));
 
-        const QString reason = QStringLiteral("The QC database cannot be opened: the file \"%1\" does not exist "
-                                              "(QSQLITE:%1).")
-                                   .arg(missing);
-        QCOMPARE(site.err, Line(reason));
-        QCOMPARE(site.exitCode, 1);
-        // The demo database is made by the database tool, as at the program's start.
-        QCOMPARE(demo.err, Line(reason + QStringLiteral(" \"NorrixDBQuery auto\" creates the demo database.")));
-        QCOMPARE(demo.exitCode, 1);
+        QCOMPARE(result.err, Line(QStringLiteral("The QC database cannot be opened: the file \"%1\" does not exist "
+                                                 "(QSQLITE:%1).")
+                                      .arg(missing)));
+        QCOMPARE(result.exitCode, 1);
         QVERIFY(!QFileInfo::exists(missing));
         QVERIFY(!QFileInfo::exists(out()));
+    }
+
+    void aMissingDemoDatabaseIsBroughtUpAsAtTheProgramsStart()
+    {
+        const QString fresh = m_fixture->path(QStringLiteral("fresh/norrix-demo.sqlite"));
+        m_fixture->registry().setValue(QStringLiteral("Database Name"), fresh);
+        const RenderFixture::Result result = render(Valid() << QStringLiteral("--out") << QStringLiteral("%OUT%"));
+        m_fixture->registry().setValue(QStringLiteral("Database Name"),
+                                       m_fixture->path(QStringLiteral("norrix-demo.sqlite")));
+
+        QCOMPARE(result.err, QString());
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY(QFileInfo::exists(fresh));
+        QCOMPARE(RenderFixture::pdfPages(out()).size(), 3);
     }
 };
 

@@ -16,6 +16,7 @@
 #include "suite/SuiteComponents.h"
 #include "suite/SuiteDatabase.h"
 #include "suite/SuiteSettings.h"
+#include "suite/SuiteSetup.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -62,14 +63,6 @@ void prepare(const ReportInfo& info, const RenderOptions& options, bool siUnits,
                         periodText(info)));
 }
 
-QString describe(const RuntimeError& error)
-{
-    QString text = error.description();
-    if (error.number() == SuiteDatabase::ErrorCannotOpen && SuiteSettings::fromRegistry().demo)
-        text += QStringLiteral(" \"NorrixDBQuery auto\" creates the demo database.");
-    return text;
-}
-
 int render(const QStringList& arguments)
 {
     const RenderOptions options = RenderOptions::parse(arguments);
@@ -81,6 +74,9 @@ int render(const QStringList& arguments)
     if (options.today.isValid())
         Clock::pin(QDateTime(options.today, QTime(12, 0)));
 
+    // As at the program's start: the embedded demo database is made when it is
+    // not there yet; a site's database that is missing is an error.
+    SuiteSetup::createMissingDemo(SuiteSettings::fromRegistry());
     RegisterSuiteComponents();
     const bool siUnits = options.siUnits || ReadSIUnitSetting();
     const ReportInfo info = BuildRenderRequest(options, siUnits);
@@ -127,7 +123,7 @@ int main(int argc, char** argv)
     }
     catch (const RuntimeError& error)
     {
-        printLine(stderr, QStringLiteral("calvex-qc-render: ") + describe(error));
+        printLine(stderr, QStringLiteral("calvex-qc-render: ") + error.description());
         status = kExitFailed;
     }
     SuiteDatabase::closeAllConnections();
