@@ -164,25 +164,53 @@ void PainterTarget::SetFontBold(bool bold)
     fontChanged();
 }
 
-PainterTarget::ShapedText& PainterTarget::textIn(DeviceFont& font, const QString& line)
+const PainterTarget::ShapedText& PainterTarget::shaped(DeviceFont& font, const QString& line)
 {
     // Table cells and axis labels repeat the same few texts many times; a
     // report of many visits stops remembering at this many and starts afresh.
     constexpr qsizetype MaxRemembered = 65536;
-    const auto known = font.texts.find(line);
-    if (known != font.texts.end())
+    const auto known = font.texts.constFind(line);
+    if (known != font.texts.cend())
         return *known;
     if (font.texts.size() >= MaxRemembered)
         font.texts.clear();
-    return font.texts[line];
-}
 
-double PainterTarget::lineWidth(DeviceFont& font, const QString& line)
-{
-    ShapedText& text = textIn(font, line);
-    if (text.width < 0)
-        text.width = font.metrics.horizontalAdvance(line);
-    return text.width;
+    // Laid out as the painter lays out a text it draws, glyph for glyph; the
+    // line's advance is the text's width as the font's metrics give it.
+    QTextLayout layout(line, font.font, paintDevice());
+    layout.beginLayout();
+    const QTextLine textLine = layout.createLine();
+    layout.endLayout();
+    ShapedText text;
+    text.width = textLine.horizontalAdvance();
+    QList<QGlyphRun> runs = layout.glyphRuns();
+    const auto compact = [&runs, &textLine] {
+        if (runs.size() != 1)
+            return false;
+        const QList<QPointF> positions = runs.front().positions();
+        return std::all_of(positions.cbegin(), positions.cend(), [&textLine](const QPointF& position) {
+            return position.y() == textLine.ascent() && double(float(position.x())) == position.x();
+        });
+    };
+    if (compact())
+    {
+        text.font = runs.front().rawFont();
+        text.glyphs = runs.front().glyphIndexes();
+        for (const QPointF& position : runs.front().positions())
+            text.offsets.append(float(position.x()));
+    }
+    else
+    {
+        for (QGlyphRun& run : runs)
+        {
+            QList<QPointF> positions = run.positions();
+            for (QPointF& position : positions)
+                position.ry() -= textLine.ascent();
+            run.setPositions(positions);
+        }
+        text.mixed = std::move(runs);
+    }
+    return *font.texts.insert(line, std::move(text));
 }
 
 double PainterTarget::TextWidth(const QString& text)
@@ -190,11 +218,11 @@ double PainterTarget::TextWidth(const QString& text)
     DeviceFont& font = currentFont();
     double widest = 0;
     if (!text.contains(u'\n'))
-        widest = lineWidth(font, text);
+        widest = shaped(font, text).width;
     else
     {
         for (QStringView line : QStringView(text).split(u'\n'))
-            widest = std::max(widest, lineWidth(font, line.toString()));
+            widest = std::max(widest, shaped(font, line.toString()).width);
     }
     return widest / m_pixelsPerTwip;
 }
@@ -234,54 +262,32 @@ void PainterTarget::printLine(DeviceFont& font, const QString& line, const QPoin
     // A pen that draws no line draws no text either.
     if (line.isEmpty() || PenStyleOf(pen.style) == Qt::NoPen)
         return;
-    ShapedText& text = textIn(font, line);
-    if (text.shaped)
+    const ShapedText& text = shaped(font, line);
+    if (text.mixed.isEmpty())
     {
-        addPendingText(text.glyphs, baseline, pen);
+        prepareToAdd(text.font, pen);
+        m_pending.glyphs.append(text.glyphs);
+        for (const float offset : text.offsets)
+            m_pending.positions.append(QPointF(baseline.x() + double(offset), baseline.y()));
         return;
     }
-    QList<QGlyphRun> glyphs = shape(font, line, paintDevice());
-    addPendingText(glyphs, baseline, pen);
-    if (text.printed)
+    for (const QGlyphRun& run : text.mixed)
     {
-        text.glyphs = std::move(glyphs);
-        text.shaped = true;
-    }
-    text.printed = true;
-}
-
-QList<QGlyphRun> PainterTarget::shape(const DeviceFont& font, const QString& line, QPaintDevice* device)
-{
-    // Shaped as the painter shapes a text it draws, glyph for glyph.
-    QTextLayout layout(line, font.font, device);
-    layout.beginLayout();
-    const QTextLine textLine = layout.createLine();
-    layout.endLayout();
-    QList<QGlyphRun> glyphs = layout.glyphRuns();
-    for (QGlyphRun& run : glyphs)
-    {
-        QList<QPointF> positions = run.positions();
-        for (QPointF& position : positions)
-            position.ry() -= textLine.ascent();
-        run.setPositions(positions);
-    }
-    return glyphs;
-}
-
-void PainterTarget::addPendingText(const QList<QGlyphRun>& glyphs, const QPointF& baseline, const Pen& pen)
-{
-    for (const QGlyphRun& run : glyphs)
-    {
-        if (!m_pending.glyphs.isEmpty() && (m_pending.pen != pen || m_pending.font != run.rawFont()))
-            drawPendingText();
-        if (m_pending.glyphs.isEmpty())
-        {
-            m_pending.pen = pen;
-            m_pending.font = run.rawFont();
-        }
+        prepareToAdd(run.rawFont(), pen);
         m_pending.glyphs.append(run.glyphIndexes());
         for (const QPointF& position : run.positions())
             m_pending.positions.append(baseline + position);
+    }
+}
+
+void PainterTarget::prepareToAdd(const QRawFont& font, const Pen& pen)
+{
+    if (!m_pending.glyphs.isEmpty() && (m_pending.pen != pen || m_pending.font != font))
+        drawPendingText();
+    if (m_pending.glyphs.isEmpty())
+    {
+        m_pending.pen = pen;
+        m_pending.font = font;
     }
 }
 

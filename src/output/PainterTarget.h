@@ -34,13 +34,13 @@ class QPaintDevice;
 // (EndDoc on a printer) and the next drawing begins it again.
 //
 // Pages of many thousand marks and cells stay cheap:
-// - each font (typeface, size, bold) is set up once, and keeps the width of
-//   every text measured in it;
+// - each font (typeface, size, bold) is set up once, and shapes a text only
+//   the first time it is measured or printed: it keeps the width and the
+//   glyphs;
 // - printed text is kept back and drawn as one run of glyphs, in the order
 //   printed, up to the next operation that is not text in the same font and
 //   pen: a table page's cells become one piece of text instead of one each.
 //   The glyphs land where the printed texts put them;
-// - the glyphs of a text printed again are not shaped again;
 // - the pen reaches the painter only when it changes;
 // - a line, point, box or circle is drawn around a local origin at its own
 //   centre. On a PDF page every mark of a chart then writes the same path
@@ -104,15 +104,16 @@ protected:
     void homePosition();
 
 private:
-    // A one-line text as a font measures and draws it. Its glyphs are kept
-    // from its second printing on: a text printed once (a visit's date) is not
-    // worth the memory.
+    // A one-line text as a font measures and draws it, shaped once. Most
+    // texts are glyphs of one font on the baseline, kept compactly: every
+    // visit's date is measured before the first page is drawn.
     struct ShapedText
     {
-        double width = -1;       // device pixels; < 0 until measured
-        bool printed = false;    // printed before
-        bool shaped = false;     // glyphs kept
-        QList<QGlyphRun> glyphs; // positions from the text's left end on its baseline
+        double width = 0; // device pixels
+        QRawFont font;
+        QList<quint32> glyphs;
+        QList<float> offsets;   // from the text's left end, along the baseline
+        QList<QGlyphRun> mixed; // instead: glyphs of several fonts, or off the baseline
     };
 
     // A font as the device renders it, with the texts measured or printed in it.
@@ -146,11 +147,11 @@ private:
 
     double toDevice(double twips) const { return twips * m_pixelsPerTwip; }
     DeviceFont& currentFont();
-    ShapedText& textIn(DeviceFont& font, const QString& line);
-    double lineWidth(DeviceFont& font, const QString& line);
+    const ShapedText& shaped(DeviceFont& font, const QString& line);
     void printLine(DeviceFont& font, const QString& line, const QPointF& baseline, const Pen& pen);
-    static QList<QGlyphRun> shape(const DeviceFont& font, const QString& line, QPaintDevice* device);
-    void addPendingText(const QList<QGlyphRun>& glyphs, const QPointF& baseline, const Pen& pen);
+    // Room in the pending text for glyphs of font in pen: what is pending in
+    // another font or pen is drawn first.
+    void prepareToAdd(const QRawFont& font, const Pen& pen);
     void drawPendingText();
     void fontChanged();
     Pen penFor(const QColor& color) const;
