@@ -1,9 +1,8 @@
 #include "RenderOutput.h"
 
 #include "RenderFailure.h"
+#include "output/PdfFileTarget.h"
 #include "output/PictureTarget.h"
-#include "output/PrinterTarget.h"
-#include "output/modPrintGlobals.h"
 #include "output/modPrintReport.h"
 
 #include <QDir>
@@ -37,10 +36,9 @@ void requireWritableFile(const QString& fileName)
 qint32 WritePdf(PreparedReport& report, const QString& fileName)
 {
     requireWritableFile(fileName);
-    std::unique_ptr<QPrinter> printer = CreatePdfPrinter(fileName);
-    printer->setPageSize(kPaper);
-    printer->setPageOrientation(QPageLayout::Portrait);
-    PrinterTarget target(std::move(printer));
+    // The pages of the program's PDF printer, written without the print
+    // system: a scheduled run starts faster and in less memory.
+    PdfFileTarget target(fileName, kPaper, QPageLayout::Portrait);
     PrintPreparedReport(target, report);
     if (QFileInfo(fileName).size() == 0)
         refuse(QStringLiteral("no page could be written to %1").arg(fileName));
