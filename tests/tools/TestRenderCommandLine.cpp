@@ -187,8 +187,9 @@ private slots:
         QTest::newRow("nothing shown") << request(QStringLiteral("--report"), QStringLiteral("No Flags"))
                                        << GetResourceText(4077);
         QTest::newRow("no chart") << request(QStringLiteral("--report"), QStringLiteral("Table Only"))
-                                  << QStringLiteral("the QC report \"Table Only\" has no variable shown in the graph; "
-                                                    "it is printed only with one");
+                                  << QStringLiteral(
+                                         "the QC report \"Table Only\" has no variable shown in the graph, and a "
+                                         "report without charts is not printed");
         // Output that cannot be written.
         QTest::newRow("no such folder") << With(QStringLiteral("--out"), QStringLiteral("%DIR%/missing/report.pdf"))
                                         << QStringLiteral("cannot write %DIR%/missing/report.pdf: No such file or "

@@ -79,13 +79,13 @@ RenderOptions RenderOptions::parse(const QStringList& arguments)
             refuseCommandLine(QStringLiteral("--%1 is missing").arg(option.names().first()));
     }
 
-    const QString tabName = parser.value(tab);
-    if (tabName.compare(QLatin1String("PF"), Qt::CaseInsensitive) == 0)
+    const QString tabText = parser.value(tab);
+    if (tabText.compare(QLatin1String("PF"), Qt::CaseInsensitive) == 0)
         options.tab = 0;
-    else if (tabName.compare(QLatin1String("GX"), Qt::CaseInsensitive) == 0)
+    else if (tabText.compare(QLatin1String("GX"), Qt::CaseInsensitive) == 0)
         options.tab = 1;
     else
-        refuseCommandLine(QStringLiteral("--tab must be PF or GX, not ") + quoted(tabName));
+        refuseCommandLine(QStringLiteral("--tab must be PF or GX, not ") + quoted(tabText));
 
     options.report = parser.value(report).trimmed();
     if (options.report.isEmpty())

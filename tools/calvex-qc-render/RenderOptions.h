@@ -25,6 +25,8 @@ struct RenderOptions
     bool helpRequested = false;
 
     static QString usage();
+    // "PF" or "GX".
+    static QString tabName(qint16 tab) { return tab == 0 ? QStringLiteral("PF") : QStringLiteral("GX"); }
 
     // The options of arguments (without the program name). Throws
     // RenderFailure when they are incomplete, repeated, unknown or malformed.

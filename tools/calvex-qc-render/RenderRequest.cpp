@@ -19,11 +19,6 @@ constexpr qint32 kMaxVariablesPerKind = 9;
     throw RenderFailure{message, false};
 }
 
-QString tabName(qint16 tab)
-{
-    return tab == 0 ? QStringLiteral("PF") : QStringLiteral("GX");
-}
-
 // A field's text as a grid cell shows it: null-safe, blanks around it dropped.
 QString cellText(const Recordset& rs, const QString& field)
 {
@@ -42,7 +37,7 @@ qint32 findDefinition(QCReportStore& store, qint16 tab, const QString& name)
                 return ToWholeNumber(reports->Value(QStringLiteral("QCReportID")));
         }
     }
-    refuse(QStringLiteral("there is no QC report \"%1\" on the %2 tab").arg(name, tabName(tab)));
+    refuse(QStringLiteral("there is no QC report \"%1\" on the %2 tab").arg(name, RenderOptions::tabName(tab)));
 }
 
 void loadVariables(const RenderOptions& options, bool siUnits, ReportInfo& info)

@@ -47,20 +47,19 @@ QString periodText(const ReportInfo& info)
 
 // The program's Print stops without a word when there is nothing to chart or
 // no table; here the user learns why.
-void prepare(const ReportInfo& info, const RenderOptions& options, bool siUnits, PreparedReport& report)
+void prepare(const ReportInfo& info, const QString& reportName, bool siUnits, PreparedReport& report)
 {
     if (!PrepareReport(info, siUnits, report))
     {
         if (report.Graphs.empty())
-            refuse(QStringLiteral("the QC report \"%1\" has no variable shown in the graph; it is printed only with "
-                                  "one")
-                       .arg(options.report));
-        refuse(QStringLiteral("the table of the QC report \"%1\" could not be read").arg(options.report));
+            refuse(QStringLiteral("the QC report \"%1\" has no variable shown in the graph, and a report without "
+                                  "charts is not printed")
+                       .arg(reportName));
+        refuse(QStringLiteral("the table of the QC report \"%1\" could not be read").arg(reportName));
     }
     if (report.Table.Data->RecordCount() == 0)
         refuse(QStringLiteral("%1 has no %2 visits %3")
-                   .arg(info.PatientID, info.TestTab == 0 ? QStringLiteral("PF") : QStringLiteral("GX"),
-                        periodText(info)));
+                   .arg(info.PatientID, RenderOptions::tabName(info.TestTab), periodText(info)));
 }
 
 int render(const QStringList& arguments)
@@ -81,14 +80,14 @@ int render(const QStringList& arguments)
     const bool siUnits = options.siUnits || ReadSIUnitSetting();
     const ReportInfo info = BuildRenderRequest(options, siUnits);
     PreparedReport report;
-    prepare(info, options, siUnits, report);
+    prepare(info, options.report, siUnits, report);
 
     if (options.pngFolder.isEmpty())
     {
         const qint32 pages = WritePdf(report, options.pdfFile);
-        printLine(stdout, QStringLiteral("QC report written to %1 (%2 pages)")
-                              .arg(QDir::toNativeSeparators(QFileInfo(options.pdfFile).absoluteFilePath()))
-                              .arg(pages));
+        printLine(stdout, QStringLiteral("QC report written to %1 (%2)")
+                              .arg(QDir::toNativeSeparators(QFileInfo(options.pdfFile).absoluteFilePath()),
+                                   pages == 1 ? QStringLiteral("1 page") : QStringLiteral("%1 pages").arg(pages)));
     }
     else
     {
