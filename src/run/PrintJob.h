@@ -1,0 +1,88 @@
+#pragma once
+
+#include "components/ReportInfo.h"
+#include "output/OutputTarget.h"
+#include "output/PreparedReport.h"
+
+#include <QString>
+
+// One print job of the QC report on a printer, around the pages that the
+// print path (modPrintReport) draws.
+//
+// On a real printer a job is the pages and EndDoc, nothing more: the spooler
+// takes the job as it is. On the machine's "Print to PDF" printer (the
+// printer a machine without any printer gets, see CreateSystemPrinter) the
+// pages become a file, so the job asks where to save it before the first
+// page and says where it is after EndDoc:
+//
+//   PrintJob job(*objPrint, info, definitionName);
+//   if (!job.begin())        // the user cancelled the save dialog
+//       return;              // nothing is printed
+//   PrintPreparedReport(*objPrint, report);   // pages, then EndDoc
+//   job.finish();            // "The QC report was saved to ..." (PDF only)
+//
+// The save dialog goes through FileDialogService (tests answer it), with
+// caption 4126 and filter 4128; it proposes ProposedFileName() in the user's
+// documents folder. The message after the job is text 4127, a line break and
+// the file's full path, in an information box (style 64) titled 4052.
+class PrintJob final
+{
+public:
+    // definitionName: the report definition's name as cboReports shows it
+    // ("" when the definition has no name yet).
+    PrintJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName);
+
+    // Before the first page. For the PDF printer: asks where to save and
+    // makes the answer the printer's output file (".pdf" added when the name
+    // has no suffix); false when the user cancelled, and then nothing may be
+    // printed. For any other printer: true, and nothing is asked.
+    bool begin();
+
+    // After EndDoc of a job that begin() let go ahead: for the PDF printer,
+    // tells the user where the file is. Does nothing for other printers, nor
+    // when begin() was not called or returned false.
+    void finish();
+
+    // The job writes a PDF file (target is the "Print to PDF" printer).
+    bool savesToFile() const { return m_savesToFile; }
+    // The file chosen in begin() ("" before, or for a real printer).
+    QString fileName() const { return m_fileName; }
+
+    // The target is the machine's "Print to PDF" printer: a printer target
+    // whose output format is PDF.
+    static bool IsPdfPrinter(const OutputTarget& target);
+
+    // The file name proposed for a report: the subject (its ID and name),
+    // the period and the definition, joined by ", ", with ".pdf":
+    //   "QC001 Adam Q Control, 01-01-2024 to 06-30-2024, Spirometry.pdf"
+    //   "QC001 Adam Q Control, up to 06-30-2024, Spirometry.pdf" (open start)
+    // Dates take "-" for "/", and every character a file name cannot hold
+    // (/ \ : * ? " < > | and control characters) becomes "-"; empty parts
+    // are left out.
+    static QString ProposedFileName(const ReportInfo& info, const QString& definitionName);
+
+    // ProposedFileName() in the user's documents folder (the home folder when
+    // the system names none).
+    static QString ProposedFilePath(const ReportInfo& info, const QString& definitionName);
+
+private:
+    OutputTarget& m_target;
+    ReportInfo m_info;
+    QString m_definitionName;
+    bool m_savesToFile = false;
+    bool m_begun = false;
+    QString m_fileName;
+};
+
+// Print's whole job: PrepareReport (graph series, then the table data), then
+// begin(), PrintPreparedReport (set-up twice, graph pages, table pages,
+// EndDoc), then finish(). False when nothing was printed: the preparation
+// failed (no dialog is shown then) or the user cancelled the save dialog. A
+// store error (RuntimeError) reaches the caller before anything is drawn.
+bool PrintReportJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName, bool siUnits);
+
+// The preview's Print: begin(), PrintPreviewedReport (the pages as the preview
+// prepared them, no new preparation, EndDoc), finish(). False when the user
+// cancelled the save dialog.
+bool PrintPreviewedReportJob(OutputTarget& target, PreparedReport& report, const ReportInfo& info,
+                             const QString& definitionName);
