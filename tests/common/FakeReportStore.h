@@ -44,6 +44,10 @@ public:
         std::function<void(const QString&)> onCall;
         // CanDeleteReport's answer.
         bool canDelete = true;
+        // CountReportsNamed's answer (0 without one).
+        std::function<qint32(const QString& name)> countReportsNamed;
+        // Every record handed to SaveReport, in order.
+        QList<ReportInfo> saved;
     };
 
     explicit FakeReportStore(std::shared_ptr<Script> script)
@@ -71,6 +75,7 @@ public:
     qint32 SaveReport(const QString& name, const ReportInfo& info) override
     {
         call(QStringLiteral("SaveReport %1 tab=%2 n=%3").arg(name).arg(info.TestTab).arg(info.VariableCount()));
+        m_script->saved.append(info);
         return m_script->nextId++;
     }
     qint32 DeleteReport(qint32 reportId, const QString&) override
@@ -86,7 +91,7 @@ public:
     qint32 CountReportsNamed(const QString& name) override
     {
         call(QStringLiteral("CountReportsNamed %1").arg(name));
-        return 0;
+        return m_script->countReportsNamed ? m_script->countReportsNamed(name) : 0;
     }
     RecordsetPtr ListTables(qint16 tab) override
     {
