@@ -6,6 +6,8 @@
 
 #include <QString>
 
+class PrinterTarget;
+
 // One print job of the QC report on a printer, around the pages that the
 // print path (modPrintReport) draws.
 //
@@ -29,7 +31,8 @@ class PrintJob final
 {
 public:
     // definitionName: the report definition's name as cboReports shows it
-    // ("" when the definition has no name yet).
+    // ("" when the definition has no name yet). The job keeps a reference to
+    // target, which must outlive it.
     PrintJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName);
 
     // Before the first page. For the PDF printer: asks where to save and
@@ -44,7 +47,7 @@ public:
     void finish();
 
     // The job writes a PDF file (target is the "Print to PDF" printer).
-    bool savesToFile() const { return m_savesToFile; }
+    bool savesToFile() const { return m_pdfPrinter != nullptr; }
     // The file chosen in begin() ("" before, or for a real printer).
     QString fileName() const { return m_fileName; }
 
@@ -66,10 +69,9 @@ public:
     static QString ProposedFilePath(const ReportInfo& info, const QString& definitionName);
 
 private:
-    OutputTarget& m_target;
     ReportInfo m_info;
     QString m_definitionName;
-    bool m_savesToFile = false;
+    PrinterTarget* m_pdfPrinter = nullptr; // the target, when it is the PDF printer
     bool m_begun = false;
     QString m_fileName;
 };
@@ -81,8 +83,8 @@ private:
 // store error (RuntimeError) reaches the caller before anything is drawn.
 bool PrintReportJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName, bool siUnits);
 
-// The preview's Print: begin(), PrintPreviewedReport (the pages as the preview
-// prepared them, no new preparation, EndDoc), finish(). False when the user
-// cancelled the save dialog.
-bool PrintPreviewedReportJob(OutputTarget& target, PreparedReport& report, const ReportInfo& info,
-                             const QString& definitionName);
+// The preview's Print: begin() for the request the preview prepared
+// (report.Info), PrintPreviewedReport (the pages as the preview laid them out,
+// no new preparation, EndDoc), finish(). False when the user cancelled the
+// save dialog.
+bool PrintPreviewedReportJob(OutputTarget& target, PreparedReport& report, const QString& definitionName);

@@ -1,0 +1,136 @@
+#include "run/PrintJob.h"
+
+#include "output/PrinterTarget.h"
+#include "output/modPrintReport.h"
+#include "platform/MessageService.h"
+#include "platform/modResource.h"
+#include "widgets/FileDialogService.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QStringList>
+
+namespace
+{
+constexpr qint16 SaveCaptionText = 4126;
+constexpr qint16 SavedToText = 4127;
+constexpr qint16 PdfFilterText = 4128;
+constexpr qint16 MsgTitleText = 4052;
+
+// A part of a file name: characters no file system takes become "-", blanks
+// around it go.
+QString FileNamePart(const QString& text)
+{
+    QString part = text.trimmed();
+    for (QChar& c : part)
+    {
+        if (c.unicode() < 0x20 || QStringLiteral("/\\:*?\"<>|").contains(c))
+            c = QLatin1Char('-');
+    }
+    return part;
+}
+
+constexpr qint16 DefaultNameText = 4087;
+} // namespace
+
+PrintJob::PrintJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName)
+    : m_info(info)
+    , m_definitionName(definitionName)
+    , m_pdfPrinter(IsPdfPrinter(target) ? dynamic_cast<PrinterTarget*>(&target) : nullptr)
+{
+}
+
+bool PrintJob::begin()
+{
+    m_begun = false;
+    m_fileName.clear();
+    if (!m_pdfPrinter)
+    {
+        m_begun = true;
+        return true;
+    }
+
+    const QString filter = GetResourceText(PdfFilterText) + QStringLiteral(" (*.pdf)");
+    QString chosen =
+        GetSaveFileName(GetResourceText(SaveCaptionText), ProposedFilePath(m_info, m_definitionName), filter);
+    if (chosen.isEmpty())
+        return false;
+    if (QFileInfo(chosen).suffix().isEmpty())
+        chosen += QStringLiteral(".pdf");
+
+    m_fileName = QFileInfo(chosen).absoluteFilePath();
+    m_pdfPrinter->printer().setOutputFileName(m_fileName);
+    m_begun = true;
+    return true;
+}
+
+void PrintJob::finish()
+{
+    if (!m_begun || !m_pdfPrinter)
+        return;
+    m_begun = false;
+    MsgBox(GetResourceText(SavedToText) + QLatin1Char('\n') + QDir::toNativeSeparators(m_fileName),
+           MsgStyle::Information, GetResourceText(MsgTitleText));
+}
+
+bool PrintJob::IsPdfPrinter(const OutputTarget& target)
+{
+    // A printer target calls itself "Print to PDF" exactly when it writes PDF.
+    const auto* printer = dynamic_cast<const PrinterTarget*>(&target);
+    return printer && printer->DeviceName() == PrinterTarget::pdfPrinterName();
+}
+
+QString PrintJob::ProposedFileName(const ReportInfo& info, const QString& definitionName)
+{
+    const QString subject = FileNamePart(info.PatientID + QLatin1Char(' ') + info.PatientName);
+    const QString from = FileNamePart(info.FromDate);
+    const QString to = FileNamePart(info.ToDate);
+    QString period;
+    if (!from.isEmpty() && !to.isEmpty())
+        period = from + QStringLiteral(" to ") + to;
+    else if (!to.isEmpty())
+        period = QStringLiteral("up to ") + to;
+    else
+        period = from;
+
+    QStringList parts;
+    for (const QString& part : {subject, period, FileNamePart(definitionName)})
+    {
+        if (!part.isEmpty())
+            parts.append(part);
+    }
+    const QString name = parts.isEmpty() ? GetResourceText(DefaultNameText) : parts.join(QStringLiteral(", "));
+    return name + QStringLiteral(".pdf");
+}
+
+QString PrintJob::ProposedFilePath(const ReportInfo& info, const QString& definitionName)
+{
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (folder.isEmpty())
+        folder = QDir::homePath();
+    return QDir(folder).filePath(ProposedFileName(info, definitionName));
+}
+
+bool PrintReportJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName, bool siUnits)
+{
+    PreparedReport report;
+    if (!PrepareReport(info, siUnits, report))
+        return false;
+    PrintJob job(target, info, definitionName);
+    if (!job.begin())
+        return false;
+    PrintPreparedReport(target, report);
+    job.finish();
+    return true;
+}
+
+bool PrintPreviewedReportJob(OutputTarget& target, PreparedReport& report, const QString& definitionName)
+{
+    PrintJob job(target, report.Info, definitionName);
+    if (!job.begin())
+        return false;
+    PrintPreviewedReport(target, report);
+    job.finish();
+    return true;
+}
