@@ -60,6 +60,7 @@ frmMain::frmMain(QWidget* parent)
     ActivityTimer = new QTimer(this);
     ActivityTimer->setObjectName(QStringLiteral("ActivityTimer"));
     ActivityTimer->setInterval(1000);
+    connect(ActivityTimer, &QTimer::timeout, this, [this] { ActivityTimer_Timer(); });
     ActivityTimer->start();
 
     resize(960, 680);

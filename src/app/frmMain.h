@@ -20,7 +20,7 @@
 // (Form_Unload, whatever closes the window).
 //
 // frmMain.cpp builds the window and keeps the shared state; frmMainStartup.cpp
-// holds the start-up.
+// holds the start-up; frmMainAutoLogout.cpp the auto-logout's ActivityTimer.
 class frmMain final : public QWidget, public MainWindowHost
 {
     Q_OBJECT
@@ -44,6 +44,9 @@ public:
 
     void cmdHelp_Click();
     void cmdCancel_Click();
+    // Once a second: counts the idle seconds, shows the auto-logout countdown
+    // beyond the limit and closes the window one tick after it has expired.
+    void ActivityTimer_Timer();
 
     // MainWindowHost
     bool IsLoading() const override { return m_blnLoading; }

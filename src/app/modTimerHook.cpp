@@ -1,17 +1,69 @@
 #include "app/modTimerHook.h"
 
+#include "app/ActivityFilter.h"
 #include "components/modCalcObject.h"
+#include "platform/RuntimeError.h"
 
+#include <QApplication>
+#include <QPointer>
+
+#include <limits>
+
+qint16 intIdleSeconds = 0;
 bool blnLogoutPending = false;
+qint16 intLogoutElapsed = 0;
+
+namespace
+{
+// The installed filter; it belongs to the application object, so that it
+// never outlives it.
+QPointer<ActivityFilter> activityFilter;
+
+std::function<void()>& beepFunction()
+{
+    static std::function<void()> beep;
+    return beep;
+}
+} // namespace
 
 void InstallActivityHooks()
 {
     if (lngLogoutSeconds > 0)
-    {}
+    {
+        if (!activityFilter)
+        {
+            activityFilter = new ActivityFilter(QCoreApplication::instance());
+            QCoreApplication::instance()->installEventFilter(activityFilter);
+        }
+        intIdleSeconds = 0;
+    }
 }
 
 void RemoveActivityHooks()
 {
-    if (lngLogoutSeconds > 0)
-    {}
+    if (lngLogoutSeconds > 0 && activityFilter)
+    {
+        QCoreApplication::instance()->removeEventFilter(activityFilter);
+        delete activityFilter.data();
+    }
+}
+
+qint16 AddSecond(qint16 seconds)
+{
+    if (seconds == std::numeric_limits<qint16>::max())
+        throw RuntimeError(ErrorNumber::Overflow, QStringLiteral("modTimerHook"), QStringLiteral("Overflow"));
+    return qint16(seconds + 1);
+}
+
+void Beep()
+{
+    if (beepFunction())
+        beepFunction()();
+    else
+        QApplication::beep();
+}
+
+void SetBeepFunction(std::function<void()> beep)
+{
+    beepFunction() = std::move(beep);
 }

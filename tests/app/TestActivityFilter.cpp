@@ -1,0 +1,170 @@
+#include "AutoLogoutFixture.h"
+
+#include "common/TestMain.h"
+#include "platform/MessageService.h"
+#include "widgets/QtMessageService.h"
+
+#include <QDialog>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QScopeGuard>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+
+// The watching of the user's input: which events count as activity, and in
+// which windows. Each check starts from an idle count of 42 and looks whether
+// the input reset it.
+class TestActivityFilter : public QObject
+{
+    Q_OBJECT
+
+    template <class Input> static bool resets(Input&& input)
+    {
+        intIdleSeconds = 42;
+        input();
+        return intIdleSeconds == 0;
+    }
+
+    static void key(QWidget* widget, QEvent::Type type, int key)
+    {
+        QKeyEvent event(type, key, Qt::NoModifier);
+        QApplication::sendEvent(widget, &event);
+    }
+
+    // Runs inside in the loop of the modal window that opens next; a window
+    // that inside leaves open (a failed check) is closed.
+    static void whenModalOpens(std::function<void(QWidget*)> inside)
+    {
+        QTimer::singleShot(0, qApp, [inside = std::move(inside)] {
+            QPointer<QWidget> modal = QApplication::activeModalWidget();
+            inside(modal);
+            if (auto* dialog = qobject_cast<QDialog*>(modal.data()); dialog && dialog->isVisible())
+                dialog->done(0);
+        });
+    }
+
+private slots:
+    void leftPressesAndDoubleClicksCount()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        QLineEdit* patient = f.window().SubjectSearch()->txtPatient;
+        QWidget* panel = f.window().ReportTabs();
+        QVERIFY(resets([&] { QTest::mousePress(patient, Qt::LeftButton); }));
+        QTest::mouseRelease(patient, Qt::LeftButton);
+        QVERIFY(resets([&] { QTest::mouseClick(patient, Qt::LeftButton); }));
+        QVERIFY(resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonPress); }));
+        QVERIFY(resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonDblClick); }));
+        QVERIFY(resets([&] { AutoLogoutFixture::mouse(&f.window(), QEvent::MouseButtonDblClick); }));
+    }
+
+    void movesReleasesOtherButtonsAndTheWheelDoNotCount()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        QLineEdit* patient = f.window().SubjectSearch()->txtPatient;
+        QWidget* panel = f.window().ReportTabs();
+        QVERIFY(!resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseMove, Qt::NoButton); }));
+        QVERIFY(!resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonRelease); }));
+        for (Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton, Qt::BackButton})
+        {
+            QVERIFY(!resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonPress, button); }));
+            QVERIFY(!resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonDblClick, button); }));
+            QVERIFY(!resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonRelease, button); }));
+        }
+        QVERIFY(!resets([&] { QTest::mouseClick(patient, Qt::RightButton); }));
+        QVERIFY(!resets([&] {
+            const QPointF pos = QRectF(panel->rect()).center();
+            QWheelEvent wheel(pos, panel->mapToGlobal(pos), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(panel, &wheel);
+        }));
+    }
+
+    void keysCountGoingDownAndComingUp()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        QLineEdit* patient = f.window().SubjectSearch()->txtPatient;
+        QVERIFY(resets([&] { key(patient, QEvent::KeyPress, Qt::Key_B); }));
+        QVERIFY(resets([&] { key(patient, QEvent::KeyRelease, Qt::Key_B); }));
+        QVERIFY(resets([&] { key(&f.window(), QEvent::KeyPress, Qt::Key_Shift); }));
+        QVERIFY(resets([&] { QTest::keyClick(patient, Qt::Key_Tab); }));
+    }
+
+    void inputPassesOnToTheProgram()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        QLineEdit* patient = f.window().SubjectSearch()->txtPatient;
+        patient->clear();
+        QVERIFY(resets([&] { QTest::keyClicks(patient, QStringLiteral("Smi")); }));
+        QCOMPARE(patient->text(), QStringLiteral("Smi"));
+    }
+
+    void inputInAModalDialogCounts()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        QDialog dialog(&f.window());
+        auto* name = new QLineEdit(&dialog);
+        auto* ok = new QPushButton(QStringLiteral("OK"), &dialog);
+        auto* layout = new QVBoxLayout(&dialog);
+        layout->addWidget(name);
+        layout->addWidget(ok);
+        QObject::connect(ok, &QPushButton::clicked, &dialog, &QDialog::accept);
+
+        bool inside = false;
+        whenModalOpens([&](QWidget* modal) {
+            QCOMPARE(modal, &dialog);
+            inside = true;
+            QVERIFY(resets([&] { QTest::keyClicks(name, QStringLiteral("QC")); }));
+            QVERIFY(!resets([&] { QTest::mouseClick(name, Qt::RightButton); }));
+            QVERIFY(resets([&] { QTest::mouseClick(name, Qt::LeftButton); }));
+            QVERIFY(resets([&] { QTest::mouseClick(ok, Qt::LeftButton); }));
+        });
+        QCOMPARE(dialog.exec(), int(QDialog::Accepted));
+        QVERIFY(inside);
+        QCOMPARE(name->text(), QStringLiteral("QC"));
+    }
+
+    void inputInAMessageBoxCounts()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        QtMessageService boxes;
+        MessageService* previous = MessageService::installed();
+        MessageService::install(&boxes);
+        const auto restore = qScopeGuard([previous] { MessageService::install(previous); });
+
+        bool inside = false;
+        whenModalOpens([&](QWidget* modal) {
+            auto* box = qobject_cast<QMessageBox*>(modal);
+            QVERIFY(box);
+            inside = true;
+            QVERIFY(resets([&] { key(box, QEvent::KeyPress, Qt::Key_Shift); }));
+            QVERIFY(!resets([&] { AutoLogoutFixture::mouse(box, QEvent::MouseButtonPress, Qt::RightButton); }));
+            QVERIFY(resets([&] { QTest::mouseClick(box->button(QMessageBox::No), Qt::LeftButton); }));
+        });
+        QCOMPARE(MsgBox(QStringLiteral("Discard the changes?"), MsgStyle::YesNo + MsgStyle::Question), MsgAnswer::No);
+        QVERIFY(inside);
+    }
+
+    void inputInAnotherWindowCounts()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        QWidget other;
+        auto* text = new QLineEdit(&other);
+        other.show();
+        QVERIFY(resets([&] { QTest::keyClick(text, Qt::Key_X); }));
+        QVERIFY(resets([&] { QTest::mouseClick(text, Qt::LeftButton); }));
+        QVERIFY(!resets([&] { QTest::mouseClick(text, Qt::RightButton); }));
+    }
+};
+
+CALVEX_TEST(TestActivityFilter)
+#include "TestActivityFilter.moc"

@@ -1,0 +1,367 @@
+#include "AutoLogoutFixture.h"
+
+#include "common/TestMain.h"
+
+#include <QTest>
+
+namespace
+{
+const QStringList countdownTexts = {
+    QStringLiteral("14"), QStringLiteral("13"), QStringLiteral("12"), QStringLiteral("11"),
+    QStringLiteral("10"), QStringLiteral("9"),  QStringLiteral("8"),  QStringLiteral("7"),
+    QStringLiteral("6"),  QStringLiteral("5"),  QStringLiteral("4"),  QStringLiteral("3"),
+    QStringLiteral("2"),  QStringLiteral("1"),  QStringLiteral("0"),  QStringLiteral("-1")};
+
+// Lets the countdown run out.
+void expire(frmAutoLogout& countdown)
+{
+    AutoLogoutFixture::stopTimerTicks(countdown, 16);
+}
+} // namespace
+
+class TestAutoLogout : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void countdownShowsOnTheTickAfterTheLimit()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        QCOMPARE(lngLogoutSeconds, 60);
+        QVERIFY(!blnLogoutPending);
+        QVERIFY(f.quietTicks(60));
+        QCOMPARE(intIdleSeconds, qint16(60));
+
+        bool checked = false;
+        const bool shown = f.tick([&](frmAutoLogout& countdown) {
+            QCOMPARE(intIdleSeconds, qint16(61));
+            QVERIFY(blnLogoutPending);
+            QVERIFY(countdown.isModal());
+            QCOMPARE(QApplication::activeModalWidget(), &countdown);
+            QCOMPARE(countdown.windowTitle(), QStringLiteral("T4119"));
+            QCOMPARE(countdown.cmdStopLogout->text(), QStringLiteral("T4120"));
+            QCOMPARE(countdown.txtAutoLogout->text(), QStringLiteral("T4121"));
+            QCOMPARE(countdown.txtSeconds->text(), QStringLiteral("15"));
+            checked = true;
+            countdown.cmdStopLogout_Click();
+        });
+        QVERIFY(shown);
+        QVERIFY(checked);
+        QVERIFY(!f.window().IsUnloaded());
+    }
+
+    void stopLogoutButtonCancelsAndTheClickRestartsTheCount()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        f.main.engine->calls.clear();
+        QVERIFY(f.quietTicks(60));
+        QVERIFY(f.tick([](frmAutoLogout& countdown) {
+            AutoLogoutFixture::stopTimerTicks(countdown, 4);
+            QCOMPARE(intLogoutElapsed, qint16(4));
+            QTest::mouseClick(countdown.cmdStopLogout, Qt::LeftButton);
+            QVERIFY(!countdown.isVisible());
+        }));
+        QVERIFY(!blnLogoutPending);
+        QCOMPARE(intLogoutElapsed, qint16(0));
+        // The click itself reset the idle count; counting goes on from there.
+        QCOMPARE(intIdleSeconds, qint16(0));
+        QVERIFY(f.quietTicks(1));
+        QCOMPARE(intIdleSeconds, qint16(1));
+        QVERIFY(!f.window().IsUnloaded());
+        QVERIFY(f.main.engine->calls.isEmpty());
+    }
+
+    void stopLogoutByKeyboard()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        intIdleSeconds = 60;
+        QVERIFY(f.tick([](frmAutoLogout& countdown) {
+            AutoLogoutFixture::stopTimerTicks(countdown, 2);
+            QTest::keyClick(countdown.cmdStopLogout, Qt::Key_Space);
+        }));
+        QVERIFY(!blnLogoutPending);
+        QCOMPARE(intLogoutElapsed, qint16(0));
+        QCOMPARE(intIdleSeconds, qint16(0));
+    }
+
+    void countdownBeepsOnEveryTickFrom14ToMinus1()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        intIdleSeconds = 60;
+        QStringList shownAfterTick;
+        QVERIFY(f.tick([&](frmAutoLogout& countdown) {
+            for (int i = 1; i <= 16; ++i)
+            {
+                countdown.StopTimer_Timer();
+                shownAfterTick.append(countdown.txtSeconds->text());
+                QCOMPARE(intLogoutElapsed, qint16(i));
+                QCOMPARE(f.beeps.size(), i);
+                // Open through the 15th tick (showing 0), gone after the 16th.
+                QCOMPARE(countdown.isVisible(), i < 16);
+            }
+        }));
+        QCOMPARE(shownAfterTick, countdownTexts);
+        // Each beep comes after the new number is shown.
+        QCOMPARE(f.beeps, countdownTexts);
+        QVERIFY(blnLogoutPending);
+        QCOMPARE(intLogoutElapsed, qint16(16));
+    }
+
+    void mainWindowClosesOneTickAfterTheCountdownAndTellsTheEngine()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        f.window().show();
+        strCurrentPatientID = QStringLiteral("QC-7");
+        SetCurrentPatient();
+        f.main.engine->calls.clear();
+        intIdleSeconds = 60;
+
+        QVERIFY(f.tick(expire));
+        // The tick that showed the countdown ends when the countdown has gone, and closes nothing.
+        QVERIFY(!f.window().IsUnloaded());
+        QVERIFY(f.window().isVisible());
+        QVERIFY(f.main.engine->calls.isEmpty());
+        QVERIFY(f.window().findChild<frmAutoLogout*>() == nullptr);
+
+        QVERIFY(f.quietTicks(1));
+        QVERIFY(f.window().IsUnloaded());
+        QVERIFY(!f.window().isVisible());
+        QVERIFY(f.window().m_blnAutoLogout);
+        QCOMPARE(f.main.engine->calls,
+                 QStringList({QStringLiteral("PatientNotify 10 6 0 QC-7"), QStringLiteral("CloseApplication 6 true"),
+                              QStringLiteral("released")}));
+        QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
+        // The program ends because its last window has closed, not through Cancel's end.
+        QVERIFY(!ProgramExitRequested());
+        QCOMPARE(f.main.boxes.count(), 0);
+
+        // The window is gone: later ticks start no second shutdown.
+        QVERIFY(f.quietTicks(3));
+        QCOMPARE(f.main.engine->calls.size(), 3);
+    }
+
+    void ticksDuringTheCountdownDoNothing()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        intIdleSeconds = 60;
+        QVERIFY(f.tick([&](frmAutoLogout& countdown) {
+            AutoLogoutFixture::stopTimerTicks(countdown, 15);
+            // The main window's timer goes on ticking under the countdown.
+            f.window().ActivityTimer_Timer();
+            f.window().ActivityTimer_Timer();
+            QCOMPARE(QApplication::activeModalWidget(), &countdown);
+            QCOMPARE(intIdleSeconds, qint16(61));
+            QVERIFY(!f.window().IsUnloaded());
+            countdown.StopTimer_Timer();
+        }));
+        QVERIFY(!f.window().IsUnloaded());
+        QVERIFY(f.quietTicks(1));
+        QVERIFY(f.window().IsUnloaded());
+    }
+
+    void inputDuringTheCountdownResetsTheIdleCountButDoesNotStopIt()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        intIdleSeconds = 60;
+        QVERIFY(f.tick([&](frmAutoLogout& countdown) {
+            AutoLogoutFixture::stopTimerTicks(countdown, 3);
+            QTest::mouseClick(countdown.txtSeconds, Qt::LeftButton);
+            QCOMPARE(intIdleSeconds, qint16(0));
+            intIdleSeconds = 61;
+            QTest::keyClick(&countdown, Qt::Key_A);
+            QCOMPARE(intIdleSeconds, qint16(0));
+            // Only the button stops the countdown: not Escape, not the close box.
+            QTest::keyClick(&countdown, Qt::Key_Escape);
+            QVERIFY(countdown.isVisible());
+            countdown.close();
+            QVERIFY(countdown.isVisible());
+            QVERIFY(blnLogoutPending);
+            QCOMPARE(intLogoutElapsed, qint16(3));
+            AutoLogoutFixture::stopTimerTicks(countdown, 13);
+            QVERIFY(!countdown.isVisible());
+        }));
+        QCOMPARE(f.beeps.size(), 16);
+        QCOMPARE(f.beeps.last(), QStringLiteral("-1"));
+        QVERIFY(f.quietTicks(1));
+        QVERIFY(f.window().IsUnloaded());
+        QCOMPARE(f.main.engine->calls.mid(f.main.engine->calls.size() - 2),
+                 QStringList({QStringLiteral("CloseApplication 6 true"), QStringLiteral("released")}));
+    }
+
+    void aStoppedCountdownStartsAfreshNextTime()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        intIdleSeconds = 60;
+        QVERIFY(f.tick([](frmAutoLogout& countdown) {
+            AutoLogoutFixture::stopTimerTicks(countdown, 7);
+            countdown.cmdStopLogout->click();
+        }));
+        // A click by program is no user input: the idle count goes on from where it stood.
+        QCOMPARE(intIdleSeconds, qint16(61));
+        intIdleSeconds = 0;
+        QVERIFY(f.quietTicks(60));
+        QStringList seen;
+        QVERIFY(f.tick([&](frmAutoLogout& countdown) {
+            seen.append(countdown.txtSeconds->text());
+            countdown.StopTimer_Timer();
+            seen.append(countdown.txtSeconds->text());
+            countdown.cmdStopLogout_Click();
+        }));
+        QCOMPARE(seen, QStringList({QStringLiteral("15"), QStringLiteral("14")}));
+    }
+
+    void stopTimerDoesNothingWithoutAPendingCountdown()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        frmAutoLogout countdown(&f.window());
+        countdown.Form_Load();
+        blnLogoutPending = false;
+        countdown.StopTimer_Timer();
+        QCOMPARE(countdown.txtSeconds->text(), QStringLiteral("15"));
+        QCOMPARE(intLogoutElapsed, qint16(0));
+        QVERIFY(f.beeps.isEmpty());
+
+        blnLogoutPending = true;
+        lngLogoutSeconds = 0;
+        countdown.StopTimer_Timer();
+        QCOMPARE(countdown.txtSeconds->text(), QStringLiteral("15"));
+        QCOMPARE(intLogoutElapsed, qint16(0));
+        QVERIFY(f.beeps.isEmpty());
+
+        lngLogoutSeconds = 60;
+        countdown.StopTimer_Timer();
+        QCOMPARE(countdown.txtSeconds->text(), QStringLiteral("14"));
+        QCOMPARE(f.beeps, QStringList({QStringLiteral("14")}));
+    }
+
+    void limitZeroWatchesNothingAndCountsNothing()
+    {
+        AutoLogoutFixture f(0);
+        f.start();
+        QCOMPARE(lngLogoutSeconds, 0);
+        QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
+        intIdleSeconds = 7;
+        AutoLogoutFixture::leftClick(&f.window());
+        QTest::keyClick(&f.window(), Qt::Key_A);
+        QCOMPARE(intIdleSeconds, qint16(7));
+        QVERIFY(f.quietTicks(100));
+        QCOMPARE(intIdleSeconds, qint16(7));
+        blnLogoutPending = true;
+        intLogoutElapsed = 16;
+        QVERIFY(f.quietTicks(1));
+        QVERIFY(!f.window().IsUnloaded());
+        f.main.engine->calls.clear();
+        f.window().close();
+        QCOMPARE(f.main.engine->calls,
+                 QStringList({QStringLiteral("CloseApplication 6 false"), QStringLiteral("released")}));
+    }
+
+    void onlyALimitAboveZeroRemovesTheWatching()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        QCOMPARE(AutoLogoutFixture::installedFilters(), 1);
+        lngLogoutSeconds = 0;
+        RemoveActivityHooks();
+        QCOMPARE(AutoLogoutFixture::installedFilters(), 1);
+        intIdleSeconds = 9;
+        QTest::keyClick(&f.window(), Qt::Key_A);
+        QCOMPARE(intIdleSeconds, qint16(0));
+        lngLogoutSeconds = 60;
+        RemoveActivityHooks();
+        QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
+        intIdleSeconds = 9;
+        QTest::keyClick(&f.window(), Qt::Key_A);
+        QCOMPARE(intIdleSeconds, qint16(9));
+    }
+
+    void installingTwiceWatchesOnceAndRestartsTheCount()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        intIdleSeconds = 30;
+        InstallActivityHooks();
+        QCOMPARE(AutoLogoutFixture::installedFilters(), 1);
+        QCOMPARE(intIdleSeconds, qint16(0));
+    }
+
+    void shutdownRemovesTheWatching()
+    {
+        AutoLogoutFixture f(1);
+        f.start();
+        f.window().show();
+        QCOMPARE(AutoLogoutFixture::installedFilters(), 1);
+        f.window().close();
+        QVERIFY(f.window().IsUnloaded());
+        QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
+        intIdleSeconds = 5;
+        QTest::keyClick(&f.window(), Qt::Key_A);
+        QCOMPARE(intIdleSeconds, qint16(5));
+    }
+
+    void negativeLimitShowsTheCountdownOnTheFirstTick()
+    {
+        AutoLogoutFixture f(-1);
+        f.start();
+        QCOMPARE(lngLogoutSeconds, -60);
+        QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
+        QVERIFY(f.tick([](frmAutoLogout& countdown) {
+            QCOMPARE(intIdleSeconds, qint16(1));
+            countdown.cmdStopLogout_Click();
+        }));
+        // Without watching, nothing resets the count: every tick shows it again.
+        QVERIFY(f.tick(expire));
+        QVERIFY(f.quietTicks(1));
+        QVERIFY(f.window().IsUnloaded());
+        QCOMPARE(f.main.engine->calls.mid(f.main.engine->calls.size() - 2),
+                 QStringList({QStringLiteral("CloseApplication 6 true"), QStringLiteral("released")}));
+    }
+
+    void idleCountOverflowIsCaughtAndShowsNothing()
+    {
+        AutoLogoutFixture f(667);
+        f.start();
+        QCOMPARE(lngLogoutSeconds, 40020);
+        intIdleSeconds = 32766;
+        QVERIFY(f.quietTicks(1));
+        QCOMPARE(intIdleSeconds, qint16(32767));
+        QVERIFY(f.quietTicks(3));
+        QCOMPARE(intIdleSeconds, qint16(32767));
+        QCOMPARE(f.main.boxes.count(), 0);
+        QVERIFY(!blnLogoutPending);
+        QVERIFY(!f.window().IsUnloaded());
+        // The next click starts the count again.
+        AutoLogoutFixture::leftClick(&f.window());
+        QCOMPARE(intIdleSeconds, qint16(0));
+        QVERIFY(f.quietTicks(1));
+        QCOMPARE(intIdleSeconds, qint16(1));
+    }
+
+    void addSecondOverflowsBeyondSixteenBits()
+    {
+        QCOMPARE(AddSecond(0), qint16(1));
+        QCOMPARE(AddSecond(-1), qint16(0));
+        QCOMPARE(AddSecond(32766), qint16(32767));
+        try
+        {
+            AddSecond(32767);
+            QFAIL("no overflow");
+        }
+        catch (const RuntimeError& error)
+        {
+            QCOMPARE(error.number(), ErrorNumber::Overflow);
+        }
+    }
+};
+
+CALVEX_TEST(TestAutoLogout)
+#include "TestAutoLogout.moc"
