@@ -18,12 +18,8 @@ namespace
 // The installed filter; it belongs to the application object, so that it
 // never outlives it.
 QPointer<ActivityFilter> activityFilter;
-
-std::function<void()>& beepFunction()
-{
-    static std::function<void()> beep;
-    return beep;
-}
+// Beep's sound; empty for the system beep.
+std::function<void()> beepSound;
 } // namespace
 
 void InstallActivityHooks()
@@ -57,13 +53,13 @@ qint16 AddSecond(qint16 seconds)
 
 void Beep()
 {
-    if (beepFunction())
-        beepFunction()();
+    if (beepSound)
+        beepSound();
     else
         QApplication::beep();
 }
 
 void SetBeepFunction(std::function<void()> beep)
 {
-    beepFunction() = std::move(beep);
+    beepSound = std::move(beep);
 }
