@@ -25,7 +25,7 @@ protected:
 };
 } // namespace
 
-// Windows left open when the countdown runs out: the window of a task (the
+// Windows left open when the countdown runs out: a dialog the user left open (the
 // calendar, Save As, the preview) and a question over it. They close from the
 // top down, their loops return, and only then does the main window close and
 // tell the engine.
@@ -50,16 +50,16 @@ private slots:
         const auto stopListening = qScopeGuard([&] { f.main.engine->onCall = nullptr; });
         f.main.store->calls.clear();
 
-        QDialog task(&f.window());
-        task.setObjectName(QStringLiteral("task"));
-        QObject::connect(&task, &QDialog::finished, [&] { events.append(QStringLiteral("task closed")); });
+        QDialog dialog(&f.window());
+        dialog.setObjectName(QStringLiteral("dialog"));
+        QObject::connect(&dialog, &QDialog::finished, [&] { events.append(QStringLiteral("dialog closed")); });
         int answer = 0;
         bool reachedTheBox = false;
 
-        // In the task window's loop: a question.
-        QTimer::singleShot(0, &task, [&] {
+        // In the dialog's loop: a question.
+        QTimer::singleShot(0, &dialog, [&] {
             // In the question's loop: the countdown, then the ticks after it.
-            QTimer::singleShot(0, &task, [&] {
+            QTimer::singleShot(0, &dialog, [&] {
                 // Should a check fail, the windows still close, so that the test ends.
                 const auto closeAll = qScopeGuard([] {
                     while (auto* open = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
@@ -77,7 +77,7 @@ private slots:
                 // The tick after the countdown closes the open windows, not yet the main window.
                 f.window().ActivityTimer_Timer();
                 QVERIFY(QApplication::activeModalWidget() == nullptr);
-                QVERIFY(!task.isVisible());
+                QVERIFY(!dialog.isVisible());
                 QVERIFY(!f.window().IsUnloaded());
                 QVERIFY(f.window().isVisible());
                 events.append(QStringLiteral("tick returned"));
@@ -85,8 +85,8 @@ private slots:
             answer = MsgBox(GetResourceText(4082), MsgStyle::YesNo + MsgStyle::Question, f.window().MsgTitle());
             events.append(QStringLiteral("question returned"));
         });
-        const int result = task.exec();
-        events.append(QStringLiteral("task returned"));
+        const int result = dialog.exec();
+        events.append(QStringLiteral("dialog returned"));
 
         QVERIFY(reachedTheBox);
         // Both were cancelled: the question answers No, the window gives no choice.
@@ -98,10 +98,11 @@ private slots:
         QVERIFY(f.quietTicks(1));
         QVERIFY(f.window().IsUnloaded());
         QVERIFY(!f.window().isVisible());
-        QCOMPARE(events, QStringList({QStringLiteral("question closed"), QStringLiteral("task closed"),
-                                      QStringLiteral("tick returned"), QStringLiteral("question returned"),
-                                      QStringLiteral("task returned"), QStringLiteral("engine CloseApplication 6 true"),
-                                      QStringLiteral("engine released")}));
+        QCOMPARE(events,
+                 QStringList({QStringLiteral("question closed"), QStringLiteral("dialog closed"),
+                              QStringLiteral("tick returned"), QStringLiteral("question returned"),
+                              QStringLiteral("dialog returned"), QStringLiteral("engine CloseApplication 6 true"),
+                              QStringLiteral("engine released")}));
         // Nothing was read or written on the way out.
         QVERIFY(f.main.store->calls.isEmpty());
         QCOMPARE(f.beeps.size(), 16);
