@@ -131,6 +131,8 @@ private slots:
         QVERIFY(!f.host.modified[0]);
         QCOMPARE(f.boxes.count(), 0);
         // The record handed to the store is the grid's.
+        QCOMPARE(f.store->saved.size(), 1);
+        QCOMPARE(f.store->saved.last().VariableCount(), 2);
         const ReportInfo& saved = f.store->saved.last();
         QCOMPARE(saved.Variables.at(1).VarName, QStringLiteral("FEV1"));
         QVERIFY(saved.Variables.at(1).ShowInGraph);
@@ -147,7 +149,9 @@ private slots:
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 1), 100);
         const qsizetype from = f.store->calls.size();
         click(f.panel.cmdSave);
-        QCOMPARE(callsSince(f, from).at(1), QStringLiteral("DeleteReport 100"));
+        QCOMPARE(callsSince(f, from),
+                 QStringList({QStringLiteral("BeginTrans"), QStringLiteral("DeleteReport 100"),
+                              QStringLiteral("SaveReport Spirometry QC tab=0 n=2"), QStringLiteral("CommitTrans")}));
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 1), 101);
         QCOMPARE(f.boxes.count(), 0);
     }
@@ -178,7 +182,10 @@ private slots:
         const qsizetype from = f.store->calls.size();
         click(f.panel.cmdSave);
         QCOMPARE(f.boxes.count(), 0);
-        QCOMPARE(callsSince(f, from).at(2), QStringLiteral("SaveReport (T4114) tab=0 n=0"));
+        QCOMPARE(callsSince(f, from),
+                 QStringList({QStringLiteral("BeginTrans"), QStringLiteral("DeleteReport 0"),
+                              QStringLiteral("SaveReport (T4114) tab=0 n=0"), QStringLiteral("CommitTrans")}));
+        QCOMPARE(f.store->saved.size(), 1);
         QCOMPARE(f.store->saved.last().VariableCount(), 0);
     }
 

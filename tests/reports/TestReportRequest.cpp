@@ -181,7 +181,7 @@ private slots:
                                      QStringLiteral("Vx (2)")}));
         // Every build starts counting afresh.
         ReportInfo again;
-        f.panel.BuildReportInfo(1, again);
+        QCOMPARE(f.panel.BuildReportInfo(1, again), 4);
         QCOMPARE(again.Variable(2).VarName, QStringLiteral("vx (1)"));
         // The grid keeps the names as they were.
         QCOMPARE(f.grid(1).TextMatrix(2, 1), QStringLiteral("vx"));
@@ -195,7 +195,7 @@ private slots:
         for (int i = 0; i < 3; ++i)
             addVariable(f.panel, 1, QStringLiteral("Rest"), QStringLiteral("HR (bpm)"), false, true);
         ReportInfo info;
-        f.panel.BuildReportInfo(1, info);
+        QCOMPARE(f.panel.BuildReportInfo(1, info), 3);
         QCOMPARE(info.Variable(1).VarName, QStringLiteral("HR"));
         QCOMPARE(info.Variable(2).VarName, QStringLiteral("HR (1)"));
         QCOMPARE(info.Variable(3).VarName, QStringLiteral("HR (2)"));
@@ -208,7 +208,7 @@ private slots:
         f.grid(0).SetTextMatrix(1, 3, QStringLiteral("true"));
         f.grid(0).SetTextMatrix(1, 4, QStringLiteral("TRUE"));
         ReportInfo info;
-        f.panel.BuildReportInfo(0, info);
+        QCOMPARE(f.panel.BuildReportInfo(0, info), 2);
         QVERIFY(!info.Variable(1).ShowInGraph);
         QVERIFY(!info.Variable(1).ShowInTable);
         QVERIFY(info.Variable(2).ShowInGraph);

@@ -209,8 +209,11 @@ private slots:
         QCOMPARE(grid.Rows(), 4);
         QCOMPARE(grid.TextMatrix(1, 1), QStringLiteral("VO2"));
         QCOMPARE(grid.TextMatrix(2, 1), QStringLiteral("RER"));
-        // The current row keeps its number and now holds the following variable.
+        // The current row keeps its number and now holds the following
+        // variable; the editors still show what they showed.
         QCOMPARE(grid.Row(), 2);
+        QCOMPARE(f.panel.cboVariable[1]->currentText(), QStringLiteral("HR (bpm)"));
+        QCOMPARE(f.panel.cboTable[1]->currentText(), QStringLiteral("Exercise"));
         QCOMPARE(f.panel.lblTotalFor[2]->text(), QStringLiteral("1"));
         QCOMPARE(f.panel.lblTotalFor[3]->text(), QStringLiteral("2"));
         QVERIFY(f.host.modified[1]);
