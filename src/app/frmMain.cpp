@@ -24,7 +24,7 @@ frmMain::frmMain(QWidget* parent)
 
     auto* layout = new QVBoxLayout(this);
     auto* top = new QHBoxLayout;
-    m_search = new SubjectSearchPanel(this);
+    m_search = new SubjectSearchPanel(*this, this);
     m_dates = new DateRangePanel(this);
     top->addWidget(m_search, 1);
     top->addWidget(m_dates);
@@ -32,6 +32,13 @@ frmMain::frmMain(QWidget* parent)
 
     m_tabs = new ReportTabsPanel(*this, this);
     layout->addWidget(m_tabs, 1);
+    // A date box's change refreshes the report buttons. While the start-up
+    // fills the window the saved-report lists are still empty; it applies the
+    // button rule itself once they are filled.
+    connect(m_dates, &DateRangePanel::DateChanged, this, [this] {
+        if (!m_blnLoading)
+            RunGuarded([this] { m_tabs->UpdateReportButtons(); }, m_strMsgTitle);
+    });
 
     auto* line = new QFrame(this);
     line->setFrameShape(QFrame::HLine);

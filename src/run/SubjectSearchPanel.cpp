@@ -1,5 +1,14 @@
 #include "run/SubjectSearchPanel.h"
 
+#include "components/PatientQuery.h"
+#include "components/modCalcObject.h"
+#include "components/modReportRequest.h"
+#include "platform/MessageService.h"
+#include "platform/RuntimeError.h"
+#include "platform/VbConversions.h"
+#include "platform/modResource.h"
+#include "widgets/EventGuard.h"
+
 #include <QGridLayout>
 #include <QHBoxLayout>
 
@@ -12,10 +21,19 @@ QLabel* makeLabel(std::map<int, QLabel*>& labels, int index, const QString& capt
     labels[index] = label;
     return label;
 }
+
+constexpr qint32 ObjectNotSet = 91;
+
+// Trim(field & "").
+QString fieldText(const Recordset& rs, const char* field)
+{
+    return TextOf(rs.Value(QLatin1String(field))).trimmed();
+}
 } // namespace
 
-SubjectSearchPanel::SubjectSearchPanel(QWidget* parent)
+SubjectSearchPanel::SubjectSearchPanel(MainWindowHost& host, QWidget* parent)
     : QWidget(parent)
+    , m_host(host)
 {
     setObjectName(QStringLiteral("SubjectSearchPanel"));
     auto* layout = new QHBoxLayout(this);
@@ -67,4 +85,91 @@ SubjectSearchPanel::SubjectSearchPanel(QWidget* parent)
     selectedLayout->addWidget(nameLabel, 1, 0);
     selectedLayout->addWidget(txtPatientName, 1, 1);
     layout->addWidget(fraSelectedPatient, 1);
+
+    const auto find = [this] { RunGuarded([this] { cmdFind_Click(); }, m_host.MsgTitle()); };
+    connect(cmdFind, &QPushButton::clicked, this, find);
+    connect(txtPatient, &QLineEdit::returnPressed, this, find);
+}
+
+frmSelPatient& SubjectSearchPanel::SelPatient()
+{
+    if (!m_selPatient)
+    {
+        m_selPatient = new frmSelPatient(this);
+        m_selPatient->Form_Load();
+    }
+    return *m_selPatient;
+}
+
+void SubjectSearchPanel::ShowSubject(const QString& id, const QString& firstName, const QString& midName,
+                                     const QString& lastName)
+{
+    strCurrentPatientID = id;
+    txtPatient->clear();
+    txtPatientName->setText(FormatPatientName(firstName, midName, lastName));
+    txtPatientID->setText(id);
+}
+
+void SubjectSearchPanel::cmdFind_Click()
+{
+    const QString search = txtPatient->text().trimmed();
+    if (search.size() <= 2)
+    {
+        MsgBox(GetResourceText(4060), MsgStyle::Exclamation, m_host.MsgTitle());
+        txtPatient->setFocus();
+        return;
+    }
+
+    // What an error puts back: the search never leaves half a choice behind.
+    const QString previousID = strCurrentPatientID;
+    const QString previousSearch = txtPatient->text();
+    const QString previousName = txtPatientName->text();
+    const QString previousIDText = txtPatientID->text();
+    try
+    {
+        auto query = ComponentFactory::create<PatientQuery>(PatientQuery::ClassId);
+        const RecordsetPtr rs =
+            optFindBy[0]->isChecked() ? query->FindByIdNum(search) : query->FindByName(search, QString(), QString());
+        if (!rs)
+            throw RuntimeError(ObjectNotSet, QStringLiteral("cmdFind_Click"),
+                               QStringLiteral("Object variable or With block variable not set"));
+        const qint32 count = rs->RecordCount();
+        if (count == 0)
+        {
+            MsgBox(GetResourceText(4061), MsgStyle::Exclamation, m_host.MsgTitle());
+            rs->Close();
+            return;
+        }
+        if (count == 1)
+        {
+            ShowSubject(fieldText(*rs, "PatientIDNum"), fieldText(*rs, "PatientFirstName"),
+                        fieldText(*rs, "PatientMidName"), fieldText(*rs, "PatientLastName"));
+        }
+        else
+        {
+            // Several matches, or a source that cannot tell how many.
+            frmSelPatient& list = SelPatient();
+            if (!list.LoadResults(*rs))
+            {
+                MsgBox(GetResourceText(4062), MsgStyle::Exclamation, m_host.MsgTitle());
+            }
+            else
+            {
+                list.exec();
+                if (!list.m_strSelPatID.isEmpty())
+                    ShowSubject(list.m_strSelPatID, list.m_strSelPatFirstName, list.m_strSelPatMidName,
+                                list.m_strSelPatLastName);
+            }
+        }
+        rs->Close();
+        SetCurrentPatient();
+    }
+    catch (const RuntimeError& error)
+    {
+        strCurrentPatientID = previousID;
+        txtPatient->setText(previousSearch);
+        txtPatientName->setText(previousName);
+        txtPatientID->setText(previousIDText);
+        MsgBox(error.description(), MsgStyle::Critical, m_host.MsgTitle());
+    }
 }

@@ -1,0 +1,246 @@
+#pragma once
+
+#include "common/FakeCalcEngine.h"
+#include "common/ScopedRegistryFile.h"
+#include "common/TestStrings.h"
+#include "components/PatientQuery.h"
+#include "components/modCalcObject.h"
+#include "platform/Clock.h"
+#include "platform/RecordingMessageService.h"
+#include "reports/MainWindowHost.h"
+#include "suite/DemoData.h"
+#include "suite/NorrixPatientQuery.h"
+#include "suite/SuiteDatabase.h"
+#include "suite/SuiteSchema.h"
+#include "suite/SuiteSettings.h"
+
+#include <QApplication>
+#include <QCryptographicHash>
+#include <QDialog>
+#include <QPointer>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+// The main window as the subject and date panels see it.
+class RunHost final : public MainWindowHost
+{
+public:
+    bool IsLoading() const override { return false; }
+    void SetLoading(bool) override {}
+    bool IsModified(int) const override { return false; }
+    void SetReportDirty(int, bool) override {}
+    int CurrentTab() const override { return 0; }
+    QString MsgTitle() const override { return QStringLiteral("T4052"); }
+    bool ConfirmDiscardChanges(int, const QString&) override { return true; }
+    QString SelectedPatientName() const override { return QString(); }
+    QString SelectedPatientID() const override { return strCurrentPatientID; }
+    QString FromDateText() const override { return QString(); }
+    QString ToDateText() const override { return QString(); }
+    void ResetDateRange() override {}
+};
+
+// Acts on the next modal window once it is open, from inside its own event
+// loop; stops looking when the test ends first.
+class ModalDriver
+{
+public:
+    ModalDriver()
+    {
+        m_timer.setInterval(5);
+        QObject::connect(&m_timer, &QTimer::timeout, [this] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (!modal || !modal->isVisible() || modal == m_skip)
+                return;
+            m_timer.stop();
+            ++m_handled;
+            auto action = std::move(m_action);
+            QPointer<QDialog> dialog = qobject_cast<QDialog*>(modal);
+            action(dialog);
+            // A window the test failed to close would hold the test forever.
+            if (dialog && dialog->isVisible())
+            {
+                qWarning("The test left %s open.", qPrintable(dialog->objectName()));
+                ++m_leftOpen;
+                dialog->reject();
+            }
+        });
+    }
+    ~ModalDriver() { m_timer.stop(); }
+    ModalDriver(const ModalDriver&) = delete;
+    ModalDriver& operator=(const ModalDriver&) = delete;
+
+    void onNextModal(std::function<void(QDialog*)> action)
+    {
+        m_skip = QApplication::activeModalWidget();
+        m_action = std::move(action);
+        m_timer.start();
+    }
+    int handled() const { return m_handled; }
+    // Windows the test's action left open (the driver closed them).
+    int leftOpen() const { return m_leftOpen; }
+
+private:
+    QTimer m_timer;
+    QPointer<QWidget> m_skip;
+    std::function<void(QDialog*)> m_action;
+    int m_handled = 0;
+    int m_leftOpen = 0;
+};
+
+// A throwaway SQLite database with the suite's demo data, and the suite's
+// patient query on it.
+class DemoDatabase
+{
+public:
+    DemoDatabase()
+    {
+        m_registry.setValue(QStringLiteral("Database Driver"), SuiteSettings::SqliteDriver);
+        m_registry.setValue(QStringLiteral("Database Name"),
+                            QString(m_registry.folder() + QStringLiteral("/demo.sqlite")));
+        m_db = std::make_unique<SuiteDatabase>(SuiteSettings::fromRegistry(), SuiteDatabase::OpenMode::CreateIfMissing);
+        SuiteSchema::migrate(*m_db);
+        DemoData::fill(*m_db);
+    }
+    ~DemoDatabase()
+    {
+        m_db.reset();
+        SuiteDatabase::closeAllConnections();
+    }
+    DemoDatabase(const DemoDatabase&) = delete;
+    DemoDatabase& operator=(const DemoDatabase&) = delete;
+
+    SuiteDatabase& db() { return *m_db; }
+
+    struct Patient
+    {
+        QString id, last, first, mid;
+    };
+    // Every patient as stored, read straight from the table.
+    QList<Patient> patients()
+    {
+        QList<Patient> all;
+        QSqlQuery query = m_db->exec(QStringLiteral("SELECT id_num, last_name, first_name, mid_name FROM patients"));
+        while (query.next())
+            all.append({query.value(0).toString(), query.value(1).toString(), query.value(2).toString(),
+                        query.value(3).toString()});
+        return all;
+    }
+
+    // Every table with its row count, and a digest of every row of the patients table.
+    QString fingerprint()
+    {
+        QStringList parts;
+        QSqlQuery tables =
+            m_db->exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name"));
+        QStringList names;
+        while (tables.next())
+            names.append(tables.value(0).toString());
+        for (const QString& name : names)
+            parts.append(name + QLatin1Char('=') +
+                         m_db->scalar(QStringLiteral("SELECT COUNT(*) FROM \"%1\"").arg(name)).toString());
+        QCryptographicHash digest(QCryptographicHash::Sha256);
+        QSqlQuery rows = m_db->exec(QStringLiteral("SELECT * FROM patients ORDER BY 1"));
+        while (rows.next())
+        {
+            for (int c = 0; c < rows.record().count(); ++c)
+                digest.addData(QByteArray(rows.value(c).toString().toUtf8() + '\x1f'));
+            digest.addData("\x1e");
+        }
+        parts.append(QString::fromLatin1(digest.result().toHex()));
+        return parts.join(QLatin1Char(' '));
+    }
+
+    ScopedComponentRegistration queryRegistration{PatientQuery::ClassId,
+                                                  [] { return std::make_unique<NorrixPatientQuery>(); }};
+
+private:
+    ScopedRegistryFile m_registry;
+    std::unique_ptr<SuiteDatabase> m_db;
+};
+
+// A patient query that answers with a record set the test builds, throws, or
+// returns none; it logs every call.
+class FakePatientQuery final : public PatientQuery
+{
+public:
+    struct Script
+    {
+        std::function<RecordsetPtr()> answer;
+        QStringList calls; // "FindByIdNum <text>", "FindByName <last>|<first>|<mid>"
+    };
+
+    explicit FakePatientQuery(std::shared_ptr<Script> script)
+        : m_script(std::move(script))
+    {}
+
+    static ComponentFactory::Creator creator(const std::shared_ptr<Script>& script)
+    {
+        return [script] { return std::make_unique<FakePatientQuery>(script); };
+    }
+
+    RecordsetPtr FindByIdNum(const QString& idNum) override
+    {
+        m_script->calls.append(QStringLiteral("FindByIdNum ") + idNum);
+        return m_script->answer();
+    }
+    RecordsetPtr FindByName(const QString& lastName, const QString& firstName, const QString& midName) override
+    {
+        m_script->calls.append(QStringLiteral("FindByName ") + lastName + QLatin1Char('|') + firstName +
+                               QLatin1Char('|') + midName);
+        return m_script->answer();
+    }
+
+    // A record set with the query's fields; each row: id, last, first, middle, birthday.
+    static RecordsetPtr rows(const std::vector<QVariantList>& values)
+    {
+        return std::make_shared<Recordset>(QStringList{QStringLiteral("PatientIDNum"),
+                                                       QStringLiteral("PatientLastName"),
+                                                       QStringLiteral("PatientFirstName"),
+                                                       QStringLiteral("PatientMidName"), QStringLiteral("Birthday")},
+                                           values);
+    }
+
+private:
+    std::shared_ptr<Script> m_script;
+};
+
+// The program-wide subject state and an engine whose calls the test reads.
+struct EngineFixture
+{
+    EngineFixture()
+    {
+        strCurrentPatientID.clear();
+        strNotifiedPatientID.clear();
+        objCalc = std::make_unique<FakeCalcEngine>(engine);
+        Clock::pin(QDateTime(QDate(2024, 6, 15), QTime(9, 30)));
+    }
+    ~EngineFixture()
+    {
+        objCalc.reset();
+        strCurrentPatientID.clear();
+        strNotifiedPatientID.clear();
+        Clock::pin(QDateTime());
+    }
+    EngineFixture(const EngineFixture&) = delete;
+    EngineFixture& operator=(const EngineFixture&) = delete;
+
+    // The engine's subject notifications so far.
+    QStringList notifications() const
+    {
+        QStringList found;
+        for (const QString& call : engine->calls)
+        {
+            if (call.startsWith(QLatin1String("PatientNotify")))
+                found.append(call);
+        }
+        return found;
+    }
+
+    ScopedTestStrings strings;
+    RecordingMessageService boxes;
+    std::shared_ptr<FakeCalcEngine::Script> engine = std::make_shared<FakeCalcEngine::Script>();
+};
