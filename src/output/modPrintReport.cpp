@@ -27,17 +27,18 @@ void PrintTablePages(OutputTarget& target, const PreparedReport& report)
         PrintTablePage(&target, report.Table, report.Info, page, graphPages, true);
 }
 
-void ReleaseTable(PreparedReport& report)
+void CloseIfOpen(const RecordsetPtr& data)
 {
-    report.Table = TableData();
-    report.TablePages.clear();
+    if (data && data->IsOpen())
+        data->Close();
 }
 } // namespace
 
 bool PrepareReport(const ReportInfo& info, bool siUnits, PreparedReport& report)
 {
-    report = PreparedReport();
     report.Info = info;
+    ReleaseReportGraphs(report);
+    ReleaseReportTable(report);
     if (!BuildGraphSeries(report.Info, report.Graphs, siUnits))
         return false;
     return BuildTableData(nullptr, report.Info, report.Table, report.TablePages, siUnits);
@@ -45,15 +46,30 @@ bool PrepareReport(const ReportInfo& info, bool siUnits, PreparedReport& report)
 
 bool PrepareReportPreview(OutputTarget& target, const ReportInfo& info, bool siUnits, PreparedReport& report)
 {
-    report = PreparedReport();
     report.Info = info;
+    ReleaseReportGraphs(report);
     if (!BuildGraphSeries(report.Info, report.Graphs, siUnits))
         return false;
+    ReleaseReportTable(report);
     if (BuildTableData(&target, report.Info, report.Table, report.TablePages, siUnits))
         SetUpReportTablePages(target, report);
     else
-        ReleaseTable(report);
+        ReleaseReportTable(report);
     return true;
+}
+
+void ReleaseReportGraphs(PreparedReport& report)
+{
+    for (const GraphSeries& series : report.Graphs)
+        CloseIfOpen(series.Data);
+    report.Graphs.clear();
+}
+
+void ReleaseReportTable(PreparedReport& report)
+{
+    CloseIfOpen(report.Table.Data);
+    report.Table = TableData();
+    report.TablePages.clear();
 }
 
 void SetUpReportTablePages(OutputTarget& target, PreparedReport& report)

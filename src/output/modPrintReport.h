@@ -13,14 +13,22 @@
 // caller, before anything is drawn; a table whose data set cannot be read
 // only makes its preparation fail.
 
-// Print's preparation: the graph series, and only when there is at least one
-// the table's data set. False when either fails.
+// Print's preparation into report, which takes its own copy of info and lets
+// go of what an earlier preparation left in it: the graph series, and only
+// when there is at least one the table's data set. False when either fails.
 bool PrepareReport(const ReportInfo& info, bool siUnits, PreparedReport& report);
 
-// The preview's preparation: the graph series must be there; a table that
-// cannot be prepared leaves the graph pages alone to show. The table pages are
-// laid out on target.
+// The preview's preparation, step by step: the copy of info, the graph list
+// released and built again (false, with no table prepared, when there is no
+// series), the table released and prepared again with its pages laid out on
+// target. A table that cannot be prepared is released once more, which leaves
+// the graph pages alone to show.
 bool PrepareReportPreview(OutputTarget& target, const ReportInfo& info, bool siUnits, PreparedReport& report);
+
+// Closes the data set of every graph series and empties the graph list.
+void ReleaseReportGraphs(PreparedReport& report);
+// Closes the table's data set and empties the table and its page list.
+void ReleaseReportTable(PreparedReport& report);
 
 // Measures the table's columns on target and lays out its pages anew; does
 // nothing without a table.

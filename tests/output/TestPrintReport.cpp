@@ -447,6 +447,99 @@ private slots:
         QCOMPARE(picture.texts(), first);
     }
 
+    void releasingClosesTheDataSets()
+    {
+        const ReportInfo info = Info(2);
+        answer(info);
+        const RecordsetPtr chart1 = m_store->graph.value(1).data;
+        const RecordsetPtr chart2 = m_store->graph.value(2).data;
+        const RecordsetPtr table = m_store->table;
+        RecordingTarget picture;
+        PreparedReport report;
+        QVERIFY(PrepareReportPreview(picture, info, false, report));
+        QVERIFY(chart1->IsOpen() && chart2->IsOpen() && table->IsOpen());
+        QCOMPARE(report.TablePages.size(), 2);
+
+        ReleaseReportGraphs(report);
+        QVERIFY(!chart1->IsOpen());
+        QVERIFY(!chart2->IsOpen());
+        QVERIFY(report.Graphs.empty());
+        QVERIFY(table->IsOpen());
+        QCOMPARE(ReportGraphPageCount(report), 0);
+
+        ReleaseReportTable(report);
+        QVERIFY(!table->IsOpen());
+        QVERIFY(!report.Table.Data);
+        QVERIFY(report.TablePages.isEmpty());
+        QCOMPARE(ReportPageCount(report), 0);
+        // Releasing what is released already does nothing.
+        ReleaseReportGraphs(report);
+        ReleaseReportTable(report);
+    }
+
+    void aNewPreparationLetsGoOfTheLastOne()
+    {
+        const ReportInfo first = Info(2);
+        answer(first);
+        const RecordsetPtr oldChart = m_store->graph.value(1).data;
+        const RecordsetPtr oldTable = m_store->table;
+        RecordingTarget picture;
+        PreparedReport report;
+        QVERIFY(PrepareReportPreview(picture, first, false, report));
+
+        // The second request is the report's own copy; the first one's data sets are closed.
+        ReportInfo second = Info(1);
+        second.PatientName = QStringLiteral("Second Subject");
+        answer(second);
+        QVERIFY(PrepareReportPreview(picture, second, false, report));
+        QVERIFY(!oldChart->IsOpen());
+        QVERIFY(!oldTable->IsOpen());
+        QCOMPARE(report.Info.PatientName, QStringLiteral("Second Subject"));
+        QCOMPARE(int(report.Graphs.size()), 1);
+        QVERIFY(report.Table.Data->IsOpen());
+
+        // Print's preparation lets go of the preview's.
+        const RecordsetPtr previewTable = m_store->table;
+        answer(second);
+        QVERIFY(PrepareReport(second, false, report));
+        QVERIFY(!previewTable->IsOpen());
+        QVERIFY(report.Table.Data->IsOpen());
+    }
+
+    void aPreviewWhoseGraphFailsKeepsItsTableUntouched()
+    {
+        // Graph first: when it fails, the table is neither released nor asked for again.
+        const ReportInfo info = Info(1);
+        answer(info);
+        RecordingTarget picture;
+        PreparedReport report;
+        QVERIFY(PrepareReportPreview(picture, info, false, report));
+        m_store->calls.clear();
+        QVERIFY(!PrepareReportPreview(picture, Info(0, 1), false, report));
+        QCOMPARE(m_store->calls, QStringList());
+        QVERIFY(report.Graphs.empty());
+        QVERIFY(report.Table.Data && report.Table.Data->IsOpen());
+    }
+
+    void aPreviewWhoseTableFailsReleasesIt()
+    {
+        const ReportInfo info = Info(2);
+        answer(info);
+        RecordingTarget picture;
+        PreparedReport report;
+        QVERIFY(PrepareReportPreview(picture, info, false, report));
+        const RecordsetPtr oldTable = report.Table.Data;
+        QVERIFY(oldTable);
+
+        answer(info);
+        m_store->failOn = QStringLiteral("GetTableData");
+        QVERIFY(PrepareReportPreview(picture, info, false, report));
+        QVERIFY(!oldTable->IsOpen());
+        QVERIFY(!report.Table.Data);
+        QVERIFY(report.TablePages.isEmpty());
+        QCOMPARE(ReportPageCount(report), 1);
+    }
+
 private:
     static QString FormatVisit(int n) { return VisitDate(n).toString(QStringLiteral("MM/dd/yyyy")); }
 };
