@@ -9,6 +9,7 @@ packages=(
     fonts-liberation2
     poppler-utils xvfb xauth
     postgresql
+    cups cups-client cups-bsd printer-driver-cups-pdf
 )
 
 missing=()

@@ -26,7 +26,22 @@ std::unique_ptr<QPrinter> CreateSystemPrinter()
             info = printers.first();
     }
     if (!info.isNull())
-        return std::make_unique<QPrinter>(info, QPrinter::HighResolution);
+    {
+        auto printer = std::make_unique<QPrinter>(info, QPrinter::HighResolution);
+        // Qt starts a printer on its own default paper whenever the printer
+        // takes it (A4); the pages are laid out for the paper the printer is
+        // set up with.
+        const QPageSize paper = info.defaultPageSize();
+        if (paper.isValid())
+            printer->setPageSize(paper);
+        // The print system gets the pages as PDF, so the resolution is only
+        // the unit the pages are drawn in. Text measured at another resolution
+        // rounds differently and can move a table row to the next page: at
+        // the PDF printer's resolution a printer lays out the same pages as
+        // the PDF printer and the batch renderer.
+        printer->setResolution(PdfDotsPerInch);
+        return printer;
+    }
 
     QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     if (folder.isEmpty())
