@@ -107,7 +107,7 @@ QString PrintJob::ProposedFileName(const ReportInfo& info, const QString& defini
 QString PrintJob::ProposedFilePath(const ReportInfo& info, const QString& definitionName)
 {
     QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    if (folder.isEmpty())
+    if (folder.isEmpty() || !QDir(folder).exists())
         folder = QDir::homePath();
     return QDir(folder).filePath(ProposedFileName(info, definitionName));
 }

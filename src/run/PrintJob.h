@@ -65,7 +65,7 @@ public:
     static QString ProposedFileName(const ReportInfo& info, const QString& definitionName);
 
     // ProposedFileName() in the user's documents folder (the home folder when
-    // the system names none).
+    // the system names none or it does not exist).
     static QString ProposedFilePath(const ReportInfo& info, const QString& definitionName);
 
 private:
