@@ -224,12 +224,12 @@ int main(int argc, char** argv)
         const QString pdf = dir.filePath(QStringLiteral("rendered.pdf"));
         int exitCode = -1;
         timer.restart();
-        renderedLine = run(renderer,
-                           {QStringLiteral("--tab"), QStringLiteral("PF"), QStringLiteral("--report"), kReport,
-                            QStringLiteral("--subject"), kSubject, QStringLiteral("--to"), to, QStringLiteral("--out"),
-                            pdf},
-                           &exitCode)
-                           .trimmed();
+        renderedLine =
+            run(renderer,
+                {QStringLiteral("--tab"), QStringLiteral("PF"), QStringLiteral("--report"), kReport,
+                 QStringLiteral("--subject"), kSubject, QStringLiteral("--to"), to, QStringLiteral("--out"), pdf},
+                &exitCode)
+                .trimmed();
         rendered.push_back(elapsedMs(timer));
         if (exitCode != 0)
             qFatal("calvex-qc-render failed: %s", qPrintable(renderedLine));

@@ -38,8 +38,7 @@ PrintJob::PrintJob(OutputTarget& target, const ReportInfo& info, const QString& 
     : m_info(info)
     , m_definitionName(definitionName)
     , m_pdfPrinter(IsPdfPrinter(target) ? dynamic_cast<PrinterTarget*>(&target) : nullptr)
-{
-}
+{}
 
 bool PrintJob::begin()
 {

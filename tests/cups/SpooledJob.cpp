@@ -64,8 +64,8 @@ QString SpooledJob::waitForPdf(const QString& workFolder, int timeoutMs)
     {
         m_error = QStringLiteral("No output of the queue %1 in %2 ms.\n").arg(queueName()).arg(timeoutMs) +
                   Run(QStringLiteral("lpstat"), {QStringLiteral("-l"), QStringLiteral("-p"), queueName()}) +
-                  Run(QStringLiteral("lpstat"), {QStringLiteral("-W"), QStringLiteral("all"), QStringLiteral("-o"),
-                                                 queueName()});
+                  Run(QStringLiteral("lpstat"),
+                      {QStringLiteral("-W"), QStringLiteral("all"), QStringLiteral("-o"), queueName()});
         return QString();
     }
     if (!postScript)

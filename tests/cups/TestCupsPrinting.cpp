@@ -22,7 +22,8 @@ namespace
 // pdftotext's layout, where the footer's right edge puts them.
 QList<int> PageNumbers(const QString& page)
 {
-    static const QRegularExpression footer(QStringLiteral("(?:^|\\s)") + QRegularExpression::escape(GetResourceText(4084)) +
+    static const QRegularExpression footer(QStringLiteral("(?:^|\\s)") +
+                                               QRegularExpression::escape(GetResourceText(4084)) +
                                                QStringLiteral(" (\\d+)\\s*$"),
                                            QRegularExpression::MultilineOption);
     QList<int> numbers;

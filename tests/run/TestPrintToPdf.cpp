@@ -150,8 +150,7 @@ private slots:
         QTest::newRow("characters no file name holds")
             << QStringLiteral("01/01/2024") << QStringLiteral("06/30/2024") << QStringLiteral("FVC/FEV1: \"Pre\"?")
             << QStringLiteral("QC001 Adam Q Control, 01-01-2024 to 06-30-2024, FVC-FEV1- -Pre--.pdf");
-        QTest::newRow("no definition name") << QStringLiteral("01/01/2024") << QStringLiteral("06/30/2024")
-                                            << QString()
+        QTest::newRow("no definition name") << QStringLiteral("01/01/2024") << QStringLiteral("06/30/2024") << QString()
                                             << QStringLiteral("QC001 Adam Q Control, 01-01-2024 to 06-30-2024.pdf");
     }
 
