@@ -46,7 +46,7 @@ frmMain::frmMain(QWidget* parent)
     layout->addWidget(line);
 
     auto* bottom = new QHBoxLayout;
-    m_run = new ReportRunPanel(this);
+    m_run = new ReportRunPanel(*this, *m_search, *m_dates, *m_tabs, this);
     bottom->addWidget(m_run);
     bottom->addStretch(1);
     cmdHelp = new QPushButton(QStringLiteral("&Help"), this);

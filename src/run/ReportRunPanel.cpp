@@ -1,9 +1,33 @@
 #include "run/ReportRunPanel.h"
 
+#include "output/modPrintGlobals.h"
+#include "platform/MessageService.h"
+#include "platform/RuntimeError.h"
+#include "platform/modResource.h"
+#include "reports/SIUnitSetting.h"
+#include "run/PrintJob.h"
+#include "run/WaitCursor.h"
+#include "widgets/ShowPrintSetup.h"
+
 #include <QHBoxLayout>
 
-ReportRunPanel::ReportRunPanel(QWidget* parent)
+#include <memory>
+
+bool blnSIUnits = false;
+
+namespace
+{
+// Variables a report shows at most in its graph, and again in its table.
+constexpr qint32 kMaxVariables = 9;
+} // namespace
+
+ReportRunPanel::ReportRunPanel(MainWindowHost& host, SubjectSearchPanel& search, DateRangePanel& dates,
+                               ReportTabsPanel& tabs, QWidget* parent)
     : QWidget(parent)
+    , m_host(host)
+    , m_search(search)
+    , m_dates(dates)
+    , m_tabs(tabs)
 {
     setObjectName(QStringLiteral("ReportRunPanel"));
     auto* layout = new QHBoxLayout(this);
@@ -19,4 +43,158 @@ ReportRunPanel::ReportRunPanel(QWidget* parent)
         button->setAutoDefault(false);
         layout->addWidget(button);
     }
+    connect(cmdPrintSetup, &QPushButton::clicked, this, [this] { cmdPrintSetup_Click(); });
+    connect(cmdPreview, &QPushButton::clicked, this, [this] { cmdPreview_Click(); });
+    connect(cmdPrint, &QPushButton::clicked, this, [this] { cmdPrint_Click(); });
+}
+
+void ReportRunPanel::cmdPreview_Click()
+{
+    if (!blnAppReady)
+    {
+        MsgBox(GetResourceText(4118), MsgStyle::OkOnly, m_host.MsgTitle());
+        return;
+    }
+    // The window and the request belong to this run and go with it, on
+    // every way out.
+    std::unique_ptr<frmPrintPreview> preview;
+    try
+    {
+        const qint16 tab = qint16(m_host.CurrentTab());
+        if (!ValidateReportRequest(tab))
+            return;
+        WaitCursor wait;
+        blnSIUnits = ReadSIUnitSetting();
+        ReportInfo info;
+        m_tabs.BuildReportInfo(tab, info);
+        preview = std::make_unique<frmPrintPreview>(window());
+        m_preview = preview.get();
+        preview->m_strReportName = ReportName(tab);
+        // The preview shows its own hourglass while it prepares the pages.
+        wait.restore();
+        if (preview->SetGraphData(objPrint, info, blnSIUnits))
+            preview->exec();
+    }
+    catch (const RuntimeError& error)
+    {
+        // The preparation lets the store's errors through without a word;
+        // the user pressed Preview and would otherwise see nothing happen.
+        preview.reset();
+        MsgBox(error.description(), MsgStyle::Critical, m_host.MsgTitle());
+    }
+}
+
+void ReportRunPanel::cmdPrint_Click()
+{
+    if (!blnAppReady)
+    {
+        MsgBox(GetResourceText(4117), MsgStyle::OkOnly, m_host.MsgTitle());
+        return;
+    }
+    // The printer of this job, held until it has ended.
+    const std::shared_ptr<OutputTarget> printer = objPrint;
+    if (!printer)
+    {
+        MsgBox(GetResourceText(4064), MsgStyle::Exclamation, m_host.MsgTitle());
+        cmdPrintSetup->setFocus();
+        return;
+    }
+    try
+    {
+        const qint16 tab = qint16(m_host.CurrentTab());
+        if (!ValidateReportRequest(tab))
+            return;
+        blnSIUnits = ReadSIUnitSetting();
+        ReportInfo info;
+        m_tabs.BuildReportInfo(tab, info);
+        // The batch renderer's road: graph series, then table data (a failure
+        // of either stops here, unprinted and without a word, as each says
+        // what it has to say itself), the table set up around the graph
+        // pages, the table pages numbered on, EndDoc.
+        PrintReportJob(*printer, info, ReportName(tab), blnSIUnits);
+    }
+    catch (const RuntimeError& error)
+    {
+        // A store error comes before the first page, a printer error ends
+        // the job where it happened; either way the user learns why nothing
+        // or not everything was printed.
+        MsgBox(error.description(), MsgStyle::Critical, m_host.MsgTitle());
+    }
+}
+
+void ReportRunPanel::cmdPrintSetup_Click()
+{
+    if (!blnAppReady)
+    {
+        MsgBox(GetResourceText(4117), MsgStyle::OkOnly, m_host.MsgTitle());
+        return;
+    }
+    try
+    {
+        if (std::shared_ptr<PrinterTarget> chosen = ShowPrintSetup(window()))
+            objPrint = std::move(chosen);
+    }
+    catch (const RuntimeError& error)
+    {
+        // The printer could not be read after the dialog; the printer in use
+        // stays, and the user learns why the choice did not take.
+        MsgBox(error.description(), MsgStyle::Critical, m_host.MsgTitle());
+    }
+}
+
+bool ReportRunPanel::ValidateReportRequest(qint16 tab)
+{
+    const QString title = m_host.MsgTitle();
+    if (!IsPatientSelected())
+    {
+        MsgBox(GetResourceText(4075), MsgStyle::Exclamation, title);
+        m_search.txtPatient->setFocus();
+        return false;
+    }
+    if (!m_dates.ValidateDateRange())
+    {
+        MsgBox(GetResourceText(4076), MsgStyle::Exclamation, title);
+        m_dates.mskDate[0]->setFocus();
+        return false;
+    }
+    if (m_tabs.CountSelectedVariables(tab) <= 0)
+    {
+        MsgBox(GetResourceText(4077), MsgStyle::Exclamation, title);
+        m_tabs.cboVariable.at(std::size_t(tab))->setFocus();
+        return false;
+    }
+
+    // Both counts in one pass, then the graph's limit before the table's.
+    const FlexGrid* grid = m_tabs.msfgVariable.at(std::size_t(tab));
+    qint32 inGraph = 0;
+    qint32 inTable = 0;
+    for (int r = 1; r <= grid->Rows() - 2; ++r)
+    {
+        if (grid->TextMatrix(r, 3) == QLatin1String("True"))
+            ++inGraph;
+        if (grid->TextMatrix(r, 4) == QLatin1String("True"))
+            ++inTable;
+    }
+    const QString limit = QStringLiteral(": ") + QString::number(kMaxVariables);
+    if (inGraph > kMaxVariables)
+    {
+        MsgBox(GetResourceText(4078) + limit, MsgStyle::Exclamation, title);
+        return false;
+    }
+    if (inTable > kMaxVariables)
+    {
+        MsgBox(GetResourceText(4079) + limit, MsgStyle::Exclamation, title);
+        return false;
+    }
+    return true;
+}
+
+bool ReportRunPanel::IsPatientSelected() const
+{
+    return !m_host.SelectedPatientID().isEmpty();
+}
+
+QString ReportRunPanel::ReportName(qint16 tab) const
+{
+    return m_tabs.cboReports.at(std::size_t(tab))->currentText();
 }

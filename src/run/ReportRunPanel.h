@@ -1,18 +1,67 @@
 #pragma once
 
+#include "reports/MainWindowHost.h"
+#include "reports/ReportTabsPanel.h"
+#include "run/DateRangePanel.h"
+#include "run/SubjectSearchPanel.h"
+#include "run/frmPrintPreview.h"
+
+#include <QPointer>
 #include <QPushButton>
 #include <QWidget>
 
-// Print Setup, Preview and Print of the main window.
+// The site reports in SI units: read afresh from the setting "SI Unit" by
+// every report run, which hands it on to the store and the layouts.
+extern bool blnSIUnits;
+
+// Print Setup, Preview and Print of the main window: the report run. A run
+// checks the request (subject, date range, variables and their limits),
+// reads the unit setting, builds the report request from the current tab and
+// hands it to the preview window or straight to the printer (objPrint),
+// through the print path that the batch renderer uses too.
 class ReportRunPanel final : public QWidget
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(ReportRunPanel)
 
 public:
-    explicit ReportRunPanel(QWidget* parent = nullptr);
+    ReportRunPanel(MainWindowHost& host, SubjectSearchPanel& search, DateRangePanel& dates, ReportTabsPanel& tabs,
+                   QWidget* parent = nullptr);
+
+    // The report in the preview window, shown modally when it has pages.
+    // 4118 while printing is impossible.
+    void cmdPreview_Click();
+    // The report on objPrint: graph pages, then the table pages numbered on,
+    // then EndDoc. 4117 while printing is impossible, 4064 (focus to Print
+    // Setup) without a printer; nothing is printed when the preparation fails.
+    void cmdPrint_Click();
+    // The printer dialog; the printer chosen becomes objPrint. 4117 while
+    // printing is impossible.
+    void cmdPrintSetup_Click();
+
+    // The checks of a run on tab, in order, each with its message (style 48,
+    // the window's title) and focus: a subject (4075, txtPatient), a valid
+    // date range (4076, mskDate(0)), a variable for the graph or the table
+    // (4077, cboVariable(tab)), at most nine in the graph (4078) and in the
+    // table (4079).
+    bool ValidateReportRequest(qint16 tab);
+    // A QC subject is chosen.
+    bool IsPatientSelected() const;
+
+    // The preview window while a Preview run has it loaded; nullptr otherwise.
+    frmPrintPreview* PreviewWindow() const { return m_preview; }
 
     QPushButton* cmdPrintSetup = nullptr;
     QPushButton* cmdPreview = nullptr;
     QPushButton* cmdPrint = nullptr;
+
+private:
+    // The report definition's name as the tab's list shows it.
+    QString ReportName(qint16 tab) const;
+
+    MainWindowHost& m_host;
+    SubjectSearchPanel& m_search;
+    DateRangePanel& m_dates;
+    ReportTabsPanel& m_tabs;
+    QPointer<frmPrintPreview> m_preview;
 };
