@@ -75,7 +75,8 @@ void PrintJob::finish()
 
 bool PrintJob::IsPdfPrinter(const OutputTarget& target)
 {
-    // A printer target calls itself "Print to PDF" exactly when it writes PDF.
+    // A printer target calls itself "Print to PDF" exactly when it writes PDF
+    // (no print queue has that name: queue names hold no blanks).
     const auto* printer = dynamic_cast<const PrinterTarget*>(&target);
     return printer && printer->DeviceName() == PrinterTarget::pdfPrinterName();
 }

@@ -68,6 +68,7 @@ class TestPrintToPdf : public QObject
     QTemporaryDir m_home;
     std::unique_ptr<ScopedRegistryFile> m_registry;
     QByteArray m_previousHome;
+    QByteArray m_previousConfigHome;
     QByteArray m_previousCupsServer;
     QString m_documents;
 
@@ -93,6 +94,7 @@ private slots:
         qunsetenv("LPDEST");
         // A home of the test's own, with its documents folder.
         m_previousHome = qgetenv("HOME");
+        m_previousConfigHome = qgetenv("XDG_CONFIG_HOME");
         qputenv("HOME", QFile::encodeName(m_home.path()));
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home.filePath(QStringLiteral(".config"))));
         m_documents = m_home.filePath(QStringLiteral("Documents"));
@@ -119,6 +121,10 @@ private slots:
         ResetResourceServer();
         m_registry.reset();
         qputenv("HOME", m_previousHome);
+        if (m_previousConfigHome.isEmpty())
+            qunsetenv("XDG_CONFIG_HOME");
+        else
+            qputenv("XDG_CONFIG_HOME", m_previousConfigHome);
         qputenv("CUPS_SERVER", m_previousCupsServer);
     }
 
