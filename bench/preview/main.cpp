@@ -1,0 +1,217 @@
+// Preview benchmark: the print preview of a QC subject with many visits.
+//
+//   calvex-bench-preview [visits] [rounds]
+//
+// Loads one QC subject with `visits` daily PF visits (default 10,000) into a
+// SQLite suite database in a temporary folder, then, `rounds` times (default
+// 5), opens the preview window the way Preview does for a request of nine
+// variables in the graph and the table of that subject's whole period:
+//   - first page: from the start of SetGraphData (graph series, table data,
+//     table pages laid out on the printer) to page 1 painted in the view;
+//   - next page: Next pressed until the last page, each time until the new
+//     page is painted in the view.
+// The printer is the program's system printer (on a machine without one, the
+// "Print to PDF" printer). Prints the figures; it passes or fails nothing.
+
+#include "output/modPrintGlobals.h"
+#include "output/modPrintReport.h"
+#include "platform/MessageService.h"
+#include "run/frmPrintPreview.h"
+#include "suite/DemoData.h"
+#include "suite/SuiteComponents.h"
+#include "suite/SuiteDataLoader.h"
+#include "suite/SuiteDatabase.h"
+#include "suite/SuiteSchema.h"
+#include "suite/SuiteSettings.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace
+{
+QTextStream out(stdout);
+
+// A box would wait for a click; a benchmark writes it out instead.
+class LoggedBoxes final : public MessageService
+{
+public:
+    int show(const QString& text, int style, const QString& title) override
+    {
+        std::fprintf(stderr, "message box (%d, %s): %s\n", style, qPrintable(title), qPrintable(text));
+        return MsgAnswer::Ok;
+    }
+};
+
+struct Figures
+{
+    std::vector<double> ms;
+
+    void add(double value) { ms.push_back(value); }
+    double min() const { return *std::min_element(ms.begin(), ms.end()); }
+    double max() const { return *std::max_element(ms.begin(), ms.end()); }
+    double median() const
+    {
+        std::vector<double> sorted = ms;
+        std::sort(sorted.begin(), sorted.end());
+        return sorted[sorted.size() / 2];
+    }
+};
+
+void print(const QString& what, const Figures& figures)
+{
+    out << qSetFieldWidth(44) << Qt::left << what << qSetFieldWidth(0) << Qt::right
+        << QStringLiteral("median %1 ms   min %2 ms   max %3 ms   (n=%4)")
+               .arg(figures.median(), 8, 'f', 2)
+               .arg(figures.min(), 8, 'f', 2)
+               .arg(figures.max(), 8, 'f', 2)
+               .arg(figures.ms.size())
+        << Qt::endl;
+}
+
+double elapsedMs(const QElapsedTimer& timer)
+{
+    return double(timer.nsecsElapsed()) / 1e6;
+}
+
+// The suite's key for a SQLite database at path, in the key file the program reads.
+void writeRegistry(const QString& keyFile, const QString& database)
+{
+    QFile file(keyFile);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        qFatal("cannot write %s", qPrintable(keyFile));
+    QString escaped = QDir::toNativeSeparators(database);
+    escaped.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+    file.write(QStringLiteral("Windows Registry Editor Version 5.00\n\n"
+                              "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Norrix\\Common]\n"
+                              "\"SI Unit\"=\"0\"\n"
+                              "\"Database Driver\"=\"QSQLITE\"\n"
+                              "\"Database Name\"=\"%1\"\n"
+                              "\"Demo Database\"=dword:00000000\n"
+                              "\"Default Rights\"=\"500,501\"\n")
+                   .arg(escaped)
+                   .toUtf8());
+}
+
+// Nine PF variables of the Pre table in the graph and in the table, over
+// every visit of the subject (an open start up to the last day).
+ReportInfo nineVariables(SuiteDatabase& db, const QString& idNum)
+{
+    const QStringList names{QStringLiteral("FVC"), QStringLiteral("FEV1"),     QStringLiteral("FEV1/FVC"),
+                            QStringLiteral("PEF"), QStringLiteral("FEF25-75"), QStringLiteral("SVC"),
+                            QStringLiteral("TLC"), QStringLiteral("DLCO"),     QStringLiteral("KCO")};
+    SuiteDataLoader loader(db);
+    ReportInfo info;
+    info.TestTab = 0;
+    info.PatientID = idNum;
+    info.PatientName = QStringLiteral("Control, Long Series");
+    info.ToDate = DemoData::LastDay.toString(QStringLiteral("MM/dd/yyyy"));
+    for (const QString& name : names)
+    {
+        ReportVariable v;
+        v.TableID = loader.tableId(0, QStringLiteral("Pre"));
+        v.TableName = QStringLiteral("Pre");
+        v.ParamsDefID = loader.variableId(0, name);
+        v.VarName = name;
+        v.Unit = QStringLiteral("L");
+        v.ShowInGraph = true;
+        v.ShowInTable = true;
+        v.DecimalPlaces = 2;
+        info.Variables.append(v);
+    }
+    return info;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    const int visits = arguments.size() > 1 ? arguments.at(1).toInt() : 10000;
+    const int rounds = arguments.size() > 2 ? arguments.at(2).toInt() : 5;
+    if (visits < 1 || rounds < 1)
+    {
+        QTextStream(stderr) << "usage: calvex-bench-preview [visits] [rounds]" << Qt::endl;
+        return 2;
+    }
+
+    LoggedBoxes boxes;
+    MessageService::install(&boxes);
+    QTemporaryDir dir;
+    const QString database = dir.filePath(QStringLiteral("preview.sqlite"));
+    const QString keyFile = dir.filePath(QStringLiteral("registry.reg"));
+    writeRegistry(keyFile, database);
+    qputenv("NORRIX_REGISTRY", QFile::encodeName(keyFile));
+
+    ReportInfo info;
+    {
+        SuiteDatabase db(SuiteSettings::fromRegistry(), SuiteDatabase::OpenMode::CreateIfMissing);
+        SuiteSchema::migrate(db);
+        QElapsedTimer load;
+        load.start();
+        DemoData::addLongSeries(db, QStringLiteral("QC999"), visits);
+        info = nineVariables(db, QStringLiteral("QC999"));
+        out << "subject QC999: " << visits << " visits x " << info.VariableCount() << " variables, loaded in "
+            << QString::number(elapsedMs(load), 'f', 0) << " ms" << Qt::endl;
+    }
+    RegisterSuiteComponents();
+    objPrint = SystemPrinter();
+    out << "printer: " << objPrint->DeviceName() << ", page " << objPrint->ScaleWidth() << " x "
+        << objPrint->ScaleHeight() << " twips; screen scale " << app.devicePixelRatio() << Qt::endl;
+
+    Figures prepare;
+    Figures firstPage;
+    Figures nextPage;
+    Figures nextGraphPage;
+    qint32 pages = 0;
+    qint32 graphPages = 0;
+    for (int round = 0; round < rounds; ++round)
+    {
+        frmPrintPreview preview;
+        preview.resize(920, 760);
+        QElapsedTimer timer;
+        timer.start();
+        if (!preview.SetGraphData(objPrint, info, false))
+            qFatal("the preview has nothing to show");
+        prepare.add(elapsedMs(timer));
+        preview.show();
+        preview.picGraph->repaint();
+        firstPage.add(elapsedMs(timer));
+
+        pages = ReportPageCount(preview.Report());
+        graphPages = ReportGraphPageCount(preview.Report());
+        for (qint32 page = 2; page <= pages; ++page)
+        {
+            QElapsedTimer next;
+            next.start();
+            preview.cmdNextPage->click();
+            preview.picGraph->repaint();
+            (page <= graphPages ? nextGraphPage : nextPage).add(elapsedMs(next));
+        }
+        if (preview.txtPage->text().toInt() != pages)
+            qFatal("Next did not reach the last page");
+        preview.cmdCancel->click();
+    }
+
+    out << "report: " << pages << " pages (" << graphPages << " graph pages, " << pages - graphPages
+        << " table pages), " << rounds << " rounds" << Qt::endl;
+    print(QStringLiteral("SetGraphData (preparation)"), prepare);
+    print(QStringLiteral("first page shown after SetGraphData start"), firstPage);
+    if (!nextGraphPage.ms.empty())
+        print(QStringLiteral("next page, to a graph page"), nextGraphPage);
+    if (!nextPage.ms.empty())
+        print(QStringLiteral("next page, to a table page"), nextPage);
+    objPrint.reset();
+    MessageService::install(nullptr);
+    SuiteDatabase::closeAllConnections();
+    return 0;
+}
