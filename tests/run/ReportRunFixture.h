@@ -294,6 +294,23 @@ struct ReportRunFixture
         return target.texts().filter(QRegularExpression(QStringLiteral("^T4084 \\d+$")));
     }
 
+    // Every operation a recording target saw as one line of text, so that two
+    // targets' logs compare as lists.
+    static QStringList Describe(const RecordingTarget& target)
+    {
+        QStringList lines;
+        for (const RecordedOp& op : target.ops())
+            lines.append(QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8 %9")
+                             .arg(int(op.kind))
+                             .arg(op.x1)
+                             .arg(op.y1)
+                             .arg(op.x2)
+                             .arg(op.y2)
+                             .arg(op.text, op.color.name(), op.font)
+                             .arg(op.fontSize));
+        return lines;
+    }
+
     ScopedTestStrings strings;
     RecordingMessageService boxes;
     ScopedRegistryFile registry{{{QStringLiteral("SI Unit"), QStringLiteral("0")}}};

@@ -21,22 +21,6 @@ QStringList Footers(int first, int last)
         footers.append(Footer(page));
     return footers;
 }
-
-// Every operation as one line of text, so two logs compare as lists.
-QStringList Describe(const RecordingTarget& target)
-{
-    QStringList lines;
-    for (const RecordedOp& op : target.ops())
-        lines.append(QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8 %9")
-                         .arg(int(op.kind))
-                         .arg(op.x1)
-                         .arg(op.y1)
-                         .arg(op.x2)
-                         .arg(op.y2)
-                         .arg(op.text, op.color.name(), op.font)
-                         .arg(op.fontSize));
-    return lines;
-}
 } // namespace
 
 // Print from the main window: the print path from the request to EndDoc.
@@ -147,7 +131,7 @@ private slots:
         RecordingTarget direct;
         direct.setDeviceName(QStringLiteral("Test Printer"));
         QVERIFY(PrintReport(direct, info, false));
-        QCOMPARE(Describe(*f->printer), Describe(direct));
+        QCOMPARE(ReportRunFixture::Describe(*f->printer), ReportRunFixture::Describe(direct));
     }
 
     void aSecondRunPrintsASecondJob()
