@@ -91,8 +91,13 @@ bool PictureTarget::stamp(Shape shape, const QPointF& centre, double a, double b
     const int phaseX = int(quarterX - pixelX * StampPhases);
     const int phaseY = int(quarterY - pixelY * StampPhases);
     const QColor ink = color.isValid() ? color : ForeColor();
-    const StampKey key{shape,    phaseX,   phaseY, std::llround(a * SizeSteps), std::llround(b * SizeSteps),
-                       penWidth, ink.rgba()};
+    const StampKey key{.shape = shape,
+                       .phaseX = phaseX,
+                       .phaseY = phaseY,
+                       .sizeA = std::llround(a * SizeSteps),
+                       .sizeB = std::llround(b * SizeSteps),
+                       .penWidth = penWidth,
+                       .rgba = ink.rgba()};
 
     auto found = m_stamps.constFind(key);
     const int margin = int(std::ceil(reach)) + 1;

@@ -301,8 +301,9 @@ void Recordset::Sort(const QString& criteria)
         std::stable_sort(m_order.begin(), m_order.end(), [this, &keys](qint32 a, qint32 b) {
             for (const SortKey& key : keys)
             {
-                int c = key.plain ? CompareSortValues(key, a, b)
-                                  : CompareFieldValues(m_rows[size_t(a)].at(key.field), m_rows[size_t(b)].at(key.field));
+                int c = key.plain
+                            ? CompareSortValues(key, a, b)
+                            : CompareFieldValues(m_rows[size_t(a)].at(key.field), m_rows[size_t(b)].at(key.field));
                 if (key.descending)
                     c = -c;
                 if (c != 0)

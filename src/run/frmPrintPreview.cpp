@@ -127,8 +127,7 @@ frmPrintPreview::~frmPrintPreview()
     ReleaseTableData();
 }
 
-bool frmPrintPreview::SetGraphData(const std::shared_ptr<OutputTarget>& printer, const ReportInfo& info,
-                                   bool siUnits)
+bool frmPrintPreview::SetGraphData(const std::shared_ptr<OutputTarget>& printer, const ReportInfo& info, bool siUnits)
 {
     WaitCursor wait;
     m_printer = printer;

@@ -63,8 +63,7 @@ std::vector<QVariantList> Rows(int count)
             number = QVariant(random.bounded(2) == 1);
         else
             number = QVariant(double(random.bounded(40)) / 8 - 1);
-        const QVariant day =
-            pick == 5 ? QVariant() : QVariant(QDate(2024, 1, 1).addDays(random.bounded(30)));
+        const QVariant day = pick == 5 ? QVariant() : QVariant(QDate(2024, 1, 1).addDays(random.bounded(30)));
         const QVariant numberOrDay = random.bounded(2) ? number : day;
         const QVariant numberOrText =
             random.bounded(3) ? number : QVariant(QStringLiteral("t%1").arg(random.bounded(4)));
@@ -90,13 +89,12 @@ private slots:
         QTest::newRow("number") << QStringLiteral("Number ASC") << QList<int>{1} << QList<bool>{false};
         QTest::newRow("number desc") << QStringLiteral("Number DESC") << QList<int>{1} << QList<bool>{true};
         QTest::newRow("day") << QStringLiteral("Day") << QList<int>{2} << QList<bool>{false};
-        QTest::newRow("day desc, number") << QStringLiteral("Day DESC, Number ASC") << QList<int>{2, 1}
-                                          << QList<bool>{true, false};
+        QTest::newRow("day desc, number")
+            << QStringLiteral("Day DESC, Number ASC") << QList<int>{2, 1} << QList<bool>{true, false};
         QTest::newRow("numbers and days") << QStringLiteral("NumberOrDay") << QList<int>{3} << QList<bool>{false};
-        QTest::newRow("numbers and texts") << QStringLiteral("NumberOrText DESC") << QList<int>{4}
-                                           << QList<bool>{true};
-        QTest::newRow("mixed, then plain") << QStringLiteral("NumberOrText, Day DESC") << QList<int>{4, 2}
-                                           << QList<bool>{false, true};
+        QTest::newRow("numbers and texts") << QStringLiteral("NumberOrText DESC") << QList<int>{4} << QList<bool>{true};
+        QTest::newRow("mixed, then plain")
+            << QStringLiteral("NumberOrText, Day DESC") << QList<int>{4, 2} << QList<bool>{false, true};
     }
 
     void ordersAsComparingTheValuesDoes()
