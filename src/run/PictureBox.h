@@ -37,9 +37,6 @@ public:
 
     // The picture: the view's size in device pixels.
     const QImage& Picture() const { return m_picture; }
-    // Device pixels per logical pixel of the picture: the view's screen scale
-    // when the picture was made.
-    qreal PixelRatio() const { return m_pictureRatio; }
 
 signals:
     // The picture was made anew for a new size or screen scale.
@@ -55,7 +52,7 @@ private:
     bool fitPicture();
 
     QImage m_picture;
-    qreal m_pictureRatio = 1;
+    qreal m_pictureRatio = 1; // the view's screen scale when the picture was made
     QColor m_backColor = QColor(255, 255, 255);
     QColor m_foreColor = QColor(0, 0, 0);
 };

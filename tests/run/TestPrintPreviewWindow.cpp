@@ -91,6 +91,22 @@ private slots:
         QVERIFY(w->picGraph->isVisible());
     }
 
+    void activationSetsUpTheViewAndShowsPageOne()
+    {
+        QVERIFY(open());
+        QCOMPARE(w->picGraph->ForeColor(), QColor(0, 0, 0));
+        QCOMPARE(w->picGraph->BackColor(), QColor(255, 255, 255));
+        QCOMPARE(w->picGraph->font().family(), QStringLiteral("Arial"));
+        QCOMPARE(w->txtPage->text(), QStringLiteral("1"));
+        QCOMPARE(shown(), reference(1));
+        // The view shows the page's top left corner at its own size.
+        QCOMPARE(w->ViewRectangle().Left, 0);
+        QCOMPARE(w->ViewRectangle().Top, 0);
+        QCOMPARE(w->scrVScroll->value(), 0);
+        QCOMPARE(w->scrHScroll->value(), 0);
+        verifyViewIsOneToOne();
+    }
+
     void theWindowKeepsItsOwnCopyOfTheRequest()
     {
         QVERIFY(open());
