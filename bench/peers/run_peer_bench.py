@@ -5,7 +5,7 @@ python3 standard library only. Steps, each printed as it runs:
 
 1. installs the peers' Debian packages (install-peers.sh; skipped with --no-install);
 2. configures (Release) and builds calvex-qc-render and calvex-bench-load-peer-data
-   in --build (default: build-release in the repository);
+   in --build (default: build-release in the repository; --no-build takes them as built);
 3. copies the peers' folder (default: ../shared/peers beside the repository) to
    bench/out/peers, since bench.py writes its data files beside itself, and
    generates data-N.sqlite there with the peers' gen_data.py (Debian's python3);
@@ -49,11 +49,12 @@ def run(cmd, **kwargs):
     subprocess.run(cmd, check=True, **kwargs)
 
 
-def build_tools(build_dir):
-    if not os.path.exists(os.path.join(build_dir, "CMakeCache.txt")):
-        run(["cmake", "-S", REPO, "-B", build_dir, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
-             "-DCALVEX_BUILD_BENCH=ON"])
-    run(["cmake", "--build", build_dir, "--target", "calvex-qc-render", "calvex-bench-load-peer-data"])
+def build_tools(build_dir, build):
+    if build:
+        if not os.path.exists(os.path.join(build_dir, "CMakeCache.txt")):
+            run(["cmake", "-S", REPO, "-B", build_dir, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
+                 "-DCALVEX_BUILD_BENCH=ON"])
+        run(["cmake", "--build", build_dir, "--target", "calvex-qc-render", "calvex-bench-load-peer-data"])
     binaries = os.path.join(build_dir, "bin")
     return os.path.join(binaries, "calvex-qc-render"), os.path.join(binaries, "calvex-bench-load-peer-data")
 
@@ -81,7 +82,7 @@ def ratio(value, reference):
     return value / reference if reference else float("nan")
 
 
-def write_results(path, data, sizes, command_line):
+def write_results(path, data, sizes, command_line, load_before, load_after):
     rows = data["results"]
     by_n = {n: [r for r in rows if r["n"] == n] for n in sizes}
     lines = []
@@ -91,8 +92,9 @@ def write_results(path, data, sizes, command_line):
     add(f"Measured {time.strftime('%Y-%m-%d %H:%M')} with `{command_line}`, which runs the peers' "
         f"`bench.py` ({data['reps']} runs per tool and N, medians; one untimed warm-up run per tool first). "
         "Wall time and peak RSS come from `/usr/bin/time -v` (wall has 10 ms resolution; RSS is the largest "
-        "process of a tool's process tree); pages from `pdfinfo`. Figures are as measured on a shared machine: "
-        "other work on it slows every tool of a run alike, so compare within one run, by the ratios.")
+        "process of a tool's process tree); pages from `pdfinfo`. Figures are as measured on a shared machine, "
+        "where other work slows the tools down, not necessarily alike: the load average (1, 5, 15 minutes) was "
+        f"{load_before} when the run began and {load_after} when it ended. Compare within one run, by the ratios.")
     add("")
     add("Machine and tools:")
     add("")
@@ -166,6 +168,7 @@ def main():
     ap.add_argument("--out", default=os.path.join(REPO, "bench", "out"), help="working folder (ignored by git)")
     ap.add_argument("--results", default=os.path.join(REPO, "bench", "results.md"))
     ap.add_argument("--no-install", action="store_true", help="do not install the peers' packages")
+    ap.add_argument("--no-build", action="store_true", help="use the programs as built in --build")
     a = ap.parse_args()
 
     if not a.no_install:
@@ -173,7 +176,10 @@ def main():
         run(["sh", os.path.join(HERE, "install-peers.sh")])
 
     step("calvex-qc-render and the data loader")
-    renderer, loader = build_tools(os.path.abspath(a.build))
+    renderer, loader = build_tools(os.path.abspath(a.build), not a.no_build)
+    for program in (renderer, loader):
+        if not os.access(program, os.X_OK):
+            sys.exit(f"{program} is not built")
 
     step("peer data files")
     peers_dir = os.path.join(a.out, "peers")
@@ -187,6 +193,7 @@ def main():
         run([loader, data, os.path.join(suite_dir, f"suite-{n}.sqlite"), os.path.join(suite_dir, f"suite-{n}.reg")])
 
     step("bench.py")
+    load_before = ", ".join(f"{x:.1f}" for x in os.getloadavg())
     raw_results = os.path.join(a.out, "bench-py-results.md")
     cmd = [SYS_PY, os.path.join(peers_dir, "bench.py"), "--sizes"] + [str(n) for n in a.sizes]
     cmd += ["--reps", str(a.reps), "--outdir", os.path.join(a.out, "pdf"), "--results", raw_results]
@@ -195,10 +202,11 @@ def main():
     cmd += ["--extra", f"{OURS}={ours_command(renderer, suite_dir)}"]
     run(cmd)
 
+    load_after = ", ".join(f"{x:.1f}" for x in os.getloadavg())
     with open(os.path.splitext(raw_results)[0] + ".json") as f:
         data = json.load(f)
     command_line = "python3 bench/peers/run_peer_bench.py " + " ".join(shlex.quote(x) for x in sys.argv[1:])
-    write_results(a.results, data, a.sizes, command_line.strip())
+    write_results(a.results, data, a.sizes, command_line.strip(), load_before, load_after)
     step(f"wrote {a.results}")
     print(f"   (bench.py's own tables: {raw_results})")
 
