@@ -17,6 +17,7 @@ constexpr qint16 SaveCaptionText = 4126;
 constexpr qint16 SavedToText = 4127;
 constexpr qint16 PdfFilterText = 4128;
 constexpr qint16 MsgTitleText = 4052;
+constexpr qint16 DefaultNameText = 4087; // "QC Report", when a request names nothing
 
 // A part of a file name: characters no file system takes become "-", blanks
 // around it go.
@@ -30,8 +31,6 @@ QString FileNamePart(const QString& text)
     }
     return part;
 }
-
-constexpr qint16 DefaultNameText = 4087;
 } // namespace
 
 PrintJob::PrintJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName)
