@@ -13,6 +13,7 @@
 // The printer is the program's system printer (on a machine without one, the
 // "Print to PDF" printer). Prints the figures; it passes or fails nothing.
 
+#include "../common/BenchFigures.h"
 #include "output/modPrintGlobals.h"
 #include "output/modPrintReport.h"
 #include "platform/MessageService.h"
@@ -50,35 +51,9 @@ public:
     }
 };
 
-struct Figures
-{
-    std::vector<double> ms;
-
-    void add(double value) { ms.push_back(value); }
-    double min() const { return *std::min_element(ms.begin(), ms.end()); }
-    double max() const { return *std::max_element(ms.begin(), ms.end()); }
-    double median() const
-    {
-        std::vector<double> sorted = ms;
-        std::sort(sorted.begin(), sorted.end());
-        return sorted[sorted.size() / 2];
-    }
-};
-
 void print(const QString& what, const Figures& figures)
 {
-    out << qSetFieldWidth(44) << Qt::left << what << qSetFieldWidth(0) << Qt::right
-        << QStringLiteral("median %1 ms   min %2 ms   max %3 ms   (n=%4)")
-               .arg(figures.median(), 8, 'f', 2)
-               .arg(figures.min(), 8, 'f', 2)
-               .arg(figures.max(), 8, 'f', 2)
-               .arg(figures.ms.size())
-        << Qt::endl;
-}
-
-double elapsedMs(const QElapsedTimer& timer)
-{
-    return double(timer.nsecsElapsed()) / 1e6;
+    printFigures(out, what, figures, 44);
 }
 
 // The suite's key for a SQLite database at path, in the key file the program reads.

@@ -8,6 +8,7 @@
 //     each call through a fresh store object, as the report run makes them.
 // Prints the figures; it passes or fails nothing.
 
+#include "../common/BenchFigures.h"
 #include "components/ReportInfo.h"
 #include "suite/DemoData.h"
 #include "suite/NorrixReportStore.h"
@@ -28,35 +29,9 @@ namespace
 {
 QTextStream out(stdout);
 
-struct Figures
-{
-    std::vector<double> ms;
-
-    void add(double value) { ms.push_back(value); }
-    double min() const { return *std::min_element(ms.begin(), ms.end()); }
-    double max() const { return *std::max_element(ms.begin(), ms.end()); }
-    double median() const
-    {
-        std::vector<double> sorted = ms;
-        std::sort(sorted.begin(), sorted.end());
-        return sorted[sorted.size() / 2];
-    }
-};
-
 void print(const QString& what, const Figures& figures)
 {
-    out << qSetFieldWidth(54) << Qt::left << what << qSetFieldWidth(0) << Qt::right
-        << QStringLiteral("median %1 ms   min %2 ms   max %3 ms   (n=%4)")
-               .arg(figures.median(), 8, 'f', 2)
-               .arg(figures.min(), 8, 'f', 2)
-               .arg(figures.max(), 8, 'f', 2)
-               .arg(figures.ms.size())
-        << Qt::endl;
-}
-
-double elapsedMs(const QElapsedTimer& timer)
-{
-    return double(timer.nsecsElapsed()) / 1e6;
+    printFigures(out, what, figures, 54);
 }
 
 SuiteSettings sqliteAt(const QString& path, bool demo)
