@@ -1,3 +1,4 @@
+#include "common/ScopedRegistryFile.h"
 #include "common/TestMain.h"
 
 #include "platform/ComponentFactory.h"
@@ -58,34 +59,6 @@ void writeFile(const QString& path, const QByteArray& content)
     file.write(content);
 }
 
-// Points the settings key at a registry file of the test's own, so that the
-// machine's settings do not decide the outcome.
-class ScopedRegistryFile
-{
-public:
-    explicit ScopedRegistryFile(const QString& path, const QByteArray& commonKeyValues)
-        : m_previous(qgetenv("NORRIX_REGISTRY"))
-        , m_hadPrevious(qEnvironmentVariableIsSet("NORRIX_REGISTRY"))
-    {
-        writeFile(path, QByteArray("Windows Registry Editor Version 5.00\r\n\r\n"
-                                   "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Norrix\\Common]\r\n") +
-                            commonKeyValues);
-        qputenv("NORRIX_REGISTRY", path.toLocal8Bit());
-    }
-    ~ScopedRegistryFile()
-    {
-        if (m_hadPrevious)
-            qputenv("NORRIX_REGISTRY", m_previous);
-        else
-            qunsetenv("NORRIX_REGISTRY");
-    }
-    ScopedRegistryFile(const ScopedRegistryFile&) = delete;
-    ScopedRegistryFile& operator=(const ScopedRegistryFile&) = delete;
-
-private:
-    QByteArray m_previous;
-    bool m_hadPrevious;
-};
 } // namespace
 
 class TestNorrixStrings : public QObject
@@ -343,7 +316,7 @@ private slots:
     {
         QTemporaryDir dir;
         QVERIFY(dir.isValid());
-        const ScopedRegistryFile registry(dir.filePath(QStringLiteral("registry.reg")), "\"SI Unit\"=\"0\"\r\n");
+        const ScopedRegistryFile registry({{QStringLiteral("SI Unit"), QStringLiteral("0")}});
 
         QCOMPARE(NorrixStrings::overrideFile(dir.path(), QStringLiteral("de")), QString());
         const QString german = dir.filePath(QStringLiteral("strings-de.txt"));
@@ -363,15 +336,12 @@ private slots:
         writeFile(site, "4021\tLab 3 QC Reports\n");
 
         {
-            const ScopedRegistryFile registry(dir.filePath(QStringLiteral("registry.reg")),
-                                              "\"Strings File\"=\"site.txt\"\r\n");
+            const ScopedRegistryFile registry({{QStringLiteral("Strings File"), QStringLiteral("site.txt")}});
             // A relative name is taken from the program's folder, and wins over the language file.
             QCOMPARE(NorrixStrings::overrideFile(dir.path(), QStringLiteral("de")), site);
         }
         {
-            const QString absolute = QString(site).replace(QLatin1Char('\\'), QStringLiteral("\\\\"));
-            const ScopedRegistryFile registry(dir.filePath(QStringLiteral("registry.reg")),
-                                              "\"Strings File\"=\"" + absolute.toUtf8() + "\"\r\n");
+            const ScopedRegistryFile registry({{QStringLiteral("Strings File"), site}});
             QCOMPARE(NorrixStrings::overrideFile(QStringLiteral("/elsewhere"), QStringLiteral("de")), site);
         }
     }
@@ -382,7 +352,7 @@ private slots:
         // second server while the first is still being made; both must come up without a box.
         QTemporaryDir dir;
         QVERIFY(dir.isValid());
-        const ScopedRegistryFile registry(dir.filePath(QStringLiteral("registry.reg")), "\"SI Unit\"=\"0\"\r\n");
+        const ScopedRegistryFile registry({{QStringLiteral("SI Unit"), QStringLiteral("0")}});
         RecordingMessageService boxes;
         ScopedComponentRegistration registration(StringServer::ClassId,
                                                  [] { return std::make_unique<NorrixStrings>(); });
