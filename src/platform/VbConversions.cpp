@@ -5,7 +5,6 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QLocale>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <charconv>
@@ -154,14 +153,46 @@ QString generalText(double value, int significantDigits)
     return general;
 }
 
+// Reads the ASCII digits of text from position at, at least minDigits and at
+// most maxDigits of them; -1 when there are fewer.
+int readDigits(QStringView text, qsizetype& at, int minDigits, int maxDigits)
+{
+    int value = 0;
+    int digits = 0;
+    while (digits < maxDigits && at < text.size() && text[at] >= QLatin1Char('0') && text[at] <= QLatin1Char('9'))
+    {
+        value = value * 10 + (text[at].unicode() - '0');
+        ++at;
+        ++digits;
+    }
+    return digits >= minDigits ? value : -1;
+}
+
+bool skipSlash(QStringView text, qsizetype& at)
+{
+    if (at >= text.size() || text[at] != QLatin1Char('/'))
+        return false;
+    ++at;
+    return true;
+}
+
+// "m/d/yyyy" with one or two digits for month and day, blanks around it allowed.
 QDate monthFirstDate(const QString& text)
 {
-    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,2})/([0-9]{1,2})/([0-9]{4})$"));
-    const QRegularExpressionMatch match = pattern.match(text.trimmed());
-    if (!match.hasMatch())
+    const QStringView date = QStringView(text).trimmed();
+    qsizetype at = 0;
+    const int month = readDigits(date, at, 1, 2);
+    if (month < 0 || !skipSlash(date, at))
         return {};
-    return QDate(match.captured(3).toInt(), match.captured(1).toInt(), match.captured(2).toInt());
+    const int day = readDigits(date, at, 1, 2);
+    if (day < 0 || !skipSlash(date, at))
+        return {};
+    const int year = readDigits(date, at, 4, 4);
+    if (year < 0 || at != date.size())
+        return {};
+    return QDate(year, month, day);
 }
+
 } // namespace
 
 bool IsNumberValue(const QVariant& value)
