@@ -98,7 +98,6 @@ int render(const QStringList& arguments)
     }
     return 0;
 }
-
 // The renderer's own font configuration, beside its executable, knows only the
 // fonts a report prints with. Loading it instead of the system's configuration
 // and the cache of every installed font keeps the process smaller. A
