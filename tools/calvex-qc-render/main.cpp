@@ -98,26 +98,10 @@ int render(const QStringList& arguments)
     }
     return 0;
 }
-// The renderer's own font configuration, beside its executable, knows only the
-// fonts a report prints with. Loading it instead of the system's configuration
-// and the cache of every installed font keeps the process smaller. A
-// FONTCONFIG_FILE of the caller's own is left as it is.
-void useOwnFontConfiguration()
-{
-    if (qEnvironmentVariableIsSet("FONTCONFIG_FILE"))
-        return;
-    const QString executable = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath();
-    if (executable.isEmpty())
-        return;
-    const QFileInfo config(QFileInfo(executable).dir(), QStringLiteral("calvex-qc-render-fonts.conf"));
-    if (config.isFile())
-        qputenv("FONTCONFIG_FILE", config.absoluteFilePath().toLocal8Bit());
-}
 } // namespace
 
 int main(int argc, char** argv)
 {
-    useOwnFontConfiguration();
     // A batch renderer shows no window; it needs no display.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
