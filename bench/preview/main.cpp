@@ -14,6 +14,7 @@
 // "Print to PDF" printer). Prints the figures; it passes or fails nothing.
 
 #include "../common/BenchFigures.h"
+#include "../common/BenchSubject.h"
 #include "output/modPrintGlobals.h"
 #include "output/modPrintReport.h"
 #include "platform/MessageService.h"
@@ -56,53 +57,6 @@ void print(const QString& what, const Figures& figures)
     printFigures(out, what, figures, 44);
 }
 
-// The suite's key for a SQLite database at path, in the key file the program reads.
-void writeRegistry(const QString& keyFile, const QString& database)
-{
-    QFile file(keyFile);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        qFatal("cannot write %s", qPrintable(keyFile));
-    QString escaped = QDir::toNativeSeparators(database);
-    escaped.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
-    file.write(QStringLiteral("Windows Registry Editor Version 5.00\n\n"
-                              "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Norrix\\Common]\n"
-                              "\"SI Unit\"=\"0\"\n"
-                              "\"Database Driver\"=\"QSQLITE\"\n"
-                              "\"Database Name\"=\"%1\"\n"
-                              "\"Demo Database\"=dword:00000000\n"
-                              "\"Default Rights\"=\"500,501\"\n")
-                   .arg(escaped)
-                   .toUtf8());
-}
-
-// Nine PF variables of the Pre table in the graph and in the table, over
-// every visit of the subject (an open start up to the last day).
-ReportInfo nineVariables(SuiteDatabase& db, const QString& idNum)
-{
-    const QStringList names{QStringLiteral("FVC"), QStringLiteral("FEV1"),     QStringLiteral("FEV1/FVC"),
-                            QStringLiteral("PEF"), QStringLiteral("FEF25-75"), QStringLiteral("SVC"),
-                            QStringLiteral("TLC"), QStringLiteral("DLCO"),     QStringLiteral("KCO")};
-    SuiteDataLoader loader(db);
-    ReportInfo info;
-    info.TestTab = 0;
-    info.PatientID = idNum;
-    info.PatientName = QStringLiteral("Control, Long Series");
-    info.ToDate = DemoData::LastDay.toString(QStringLiteral("MM/dd/yyyy"));
-    for (const QString& name : names)
-    {
-        ReportVariable v;
-        v.TableID = loader.tableId(0, QStringLiteral("Pre"));
-        v.TableName = QStringLiteral("Pre");
-        v.ParamsDefID = loader.variableId(0, name);
-        v.VarName = name;
-        v.Unit = QStringLiteral("L");
-        v.ShowInGraph = true;
-        v.ShowInTable = true;
-        v.DecimalPlaces = 2;
-        info.Variables.append(v);
-    }
-    return info;
-}
 } // namespace
 
 int main(int argc, char** argv)
@@ -124,7 +78,7 @@ int main(int argc, char** argv)
     QTemporaryDir dir;
     const QString database = dir.filePath(QStringLiteral("preview.sqlite"));
     const QString keyFile = dir.filePath(QStringLiteral("registry.reg"));
-    writeRegistry(keyFile, database);
+    writeSqliteKeyFile(keyFile, database);
     qputenv("NORRIX_REGISTRY", QFile::encodeName(keyFile));
 
     ReportInfo info;

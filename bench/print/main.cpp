@@ -14,6 +14,8 @@
 // Prints the medians and the ratio of the spooled time to the render time;
 // it passes or fails nothing.
 
+#include "../common/BenchFigures.h"
+#include "../common/BenchSubject.h"
 #include "components/QCReportStore.h"
 #include "components/UniqueVarNames.h"
 #include "output/modPrintGlobals.h"
@@ -53,29 +55,6 @@ double median(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
     return values[values.size() / 2];
-}
-
-double elapsedMs(const QElapsedTimer& timer)
-{
-    return double(timer.nsecsElapsed()) / 1e6;
-}
-
-// A key file that names the benchmark's database, for this process and the
-// renderer it starts.
-void writeKeyFile(const QString& keyFile, const QString& database)
-{
-    QString path = database;
-    path.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
-    QFile file(keyFile);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        qFatal("cannot write %s", qPrintable(keyFile));
-    file.write(QStringLiteral("Windows Registry Editor Version 5.00\n\n"
-                              "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Norrix\\Common]\n"
-                              "\"Database Driver\"=\"QSQLITE\"\n"
-                              "\"Database Name\"=\"%1\"\n"
-                              "\"SI Unit\"=\"0\"\n")
-                   .arg(path)
-                   .toUtf8());
 }
 
 // Nine spirometry variables of the Pre table, in graph and table, saved as
@@ -184,7 +163,7 @@ int main(int argc, char** argv)
     QTemporaryDir dir;
     const QString database = dir.filePath(QStringLiteral("print.sqlite"));
     const QString keyFile = dir.filePath(QStringLiteral("print.reg"));
-    writeKeyFile(keyFile, database);
+    writeSqliteKeyFile(keyFile, database);
     qputenv("NORRIX_REGISTRY", QFile::encodeName(keyFile));
     RegisterSuiteComponents();
     ResetResourceServer();

@@ -9,6 +9,7 @@
 // Prints the figures; it passes or fails nothing.
 
 #include "../common/BenchFigures.h"
+#include "../common/BenchSubject.h"
 #include "components/ReportInfo.h"
 #include "suite/DemoData.h"
 #include "suite/NorrixReportStore.h"
@@ -42,31 +43,6 @@ SuiteSettings sqliteAt(const QString& path, bool demo)
     return settings;
 }
 
-ReportInfo nineVariables(SuiteDatabase& db, const QString& idNum)
-{
-    const QStringList names{QStringLiteral("FVC"), QStringLiteral("FEV1"),     QStringLiteral("FEV1/FVC"),
-                            QStringLiteral("PEF"), QStringLiteral("FEF25-75"), QStringLiteral("SVC"),
-                            QStringLiteral("TLC"), QStringLiteral("DLCO"),     QStringLiteral("KCO")};
-    SuiteDataLoader loader(db);
-    ReportInfo info;
-    info.TestTab = 0;
-    info.PatientID = idNum;
-    info.FromDate = QString(); // open start: every visit up to the To date
-    info.ToDate = DemoData::LastDay.toString(QStringLiteral("MM/dd/yyyy"));
-    for (const QString& name : names)
-    {
-        ReportVariable v;
-        v.TableID = loader.tableId(0, QStringLiteral("Pre"));
-        v.TableName = QStringLiteral("Pre");
-        v.ParamsDefID = loader.variableId(0, name);
-        v.VarName = name;
-        v.ShowInGraph = true;
-        v.ShowInTable = true;
-        v.DecimalPlaces = 2;
-        info.Variables.append(v);
-    }
-    return info;
-}
 } // namespace
 
 int main(int argc, char** argv)
