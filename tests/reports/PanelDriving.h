@@ -102,4 +102,20 @@ inline void answerSaveAs(const QString& name)
         click(dialog->cmdSave);
     });
 }
+
+using Cells = QList<QStringList>;
+
+// The variable rows of a grid, cell by cell.
+inline Cells gridCells(const FlexGrid& grid)
+{
+    Cells cells;
+    for (int r = 1; r <= grid.Rows() - 2; ++r)
+    {
+        QStringList row;
+        for (int c = 0; c < grid.Cols(); ++c)
+            row.append(grid.TextMatrix(r, c));
+        cells.append(row);
+    }
+    return cells;
+}
 } // namespace PanelDriving

@@ -19,21 +19,6 @@ using namespace PanelDriving;
 
 namespace
 {
-using Cells = QList<QStringList>;
-
-// The variable rows of a grid, cell by cell.
-Cells gridCells(const FlexGrid& grid)
-{
-    Cells cells;
-    for (int r = 1; r <= grid.Rows() - 2; ++r)
-    {
-        QStringList row;
-        for (int c = 0; c < grid.Cols(); ++c)
-            row.append(grid.TextMatrix(r, c));
-        cells.append(row);
-    }
-    return cells;
-}
 
 // The stored parameter rows of a definition as the grid shows them (IDs,
 // decimals and flags), or nothing when the store has no such definition.
