@@ -14,7 +14,6 @@ using namespace PanelDriving;
 
 namespace
 {
-
 // The real window on the suite's store and a demo database of its own,
 // started and shown.
 std::unique_ptr<frmMain> startWindow(RecordingMessageService& boxes)

@@ -19,7 +19,6 @@ using namespace PanelDriving;
 
 namespace
 {
-
 // The stored parameter rows of a definition as the grid shows them (IDs,
 // decimals and flags), or nothing when the store has no such definition.
 Cells storedCells(qint32 id, int* tabOut = nullptr)
