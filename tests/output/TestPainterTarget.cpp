@@ -17,6 +17,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextLayout>
 
 #include <memory>
 
@@ -325,6 +326,67 @@ private slots:
         }
         painter.end();
         QCOMPARE(picture.image(), expected);
+    }
+
+    void numbersAndDatesMeasureAsTheirOwnLayout()
+    {
+        // Numbers and dates are put together from their characters' glyphs;
+        // their widths must be those of the text laid out whole, kerning and
+        // all, in every font the report uses.
+        PictureTarget picture(12240, 15840, 600);
+        QStringList texts{QStringLiteral("11/11/2011"), QStringLiteral("-1,111.17"), QStringLiteral("10:11"),
+                          QStringLiteral(" 4.60  "),    QStringLiteral("1"),         QStringLiteral("--//..,,")};
+        const QString characters = QStringLiteral("0123456789.,-/: ");
+        quint32 seed = 12345;
+        for (int i = 0; i < 2000; ++i)
+        {
+            QString text;
+            seed = seed * 1103515245 + 12345;
+            for (int length = 1 + int(seed >> 16) % 12; length > 0; --length)
+            {
+                seed = seed * 1103515245 + 12345;
+                text += characters.at(int(seed >> 16) % characters.size());
+            }
+            texts.append(text);
+        }
+        const struct
+        {
+            double points;
+            bool bold;
+        } fonts[] = {{10, false}, {10, true}, {8, false}, {14, true}};
+        int kerned = 0;
+        for (const auto& size : fonts)
+        {
+            picture.SetFontSize(size.points);
+            picture.SetFontBold(size.bold);
+            QFont font(QStringLiteral("Arial"));
+            font.setPointSizeF(size.points);
+            font.setBold(size.bold);
+            font.setHintingPreference(QFont::PreferNoHinting);
+            const auto layoutWidth = [&](const QString& text) {
+                QTextLayout layout(text, font, const_cast<QImage*>(&picture.image()));
+                layout.beginLayout();
+                const QTextLine line = layout.createLine();
+                layout.endLayout();
+                return line.horizontalAdvance() / (600.0 / 1440);
+            };
+            if (layoutWidth(QStringLiteral("11")) != 2 * layoutWidth(QStringLiteral("1")))
+                ++kerned;
+            const qsizetype laidOutBefore = picture.layoutCount();
+            for (const QString& text : texts)
+                QVERIFY2(picture.TextWidth(text) == layoutWidth(text),
+                         qPrintable(QStringLiteral("\"%1\" at %2 points: %3 against %4")
+                                        .arg(text)
+                                        .arg(size.points)
+                                        .arg(picture.TextWidth(text))
+                                        .arg(layoutWidth(text))));
+            // Learning the characters and their pairs takes a few hundred
+            // layouts; the texts themselves take none.
+            const qsizetype laidOut = picture.layoutCount() - laidOutBefore;
+            QVERIFY2(laidOut < texts.size() / 4, qPrintable(QString::number(laidOut)));
+        }
+        // The fonts kern "11", so the pairs' kerning was part of the sums.
+        QVERIFY(kerned > 0);
     }
 
     void printedTextIsDrawnBeforeWhatFollowsIt()

@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -169,6 +170,79 @@ private slots:
         QCOMPARE(actual.size(), 2);
         QCOMPARE(actual.at(0), expected.at(0));
         QCOMPARE(actual.at(1), expected.at(1));
+    }
+
+    void shapesKeepTheirOrderAndTheirPage()
+    {
+        // Solid shapes are kept back and drawn together; whatever comes next
+        // still lands over them, and each lands on its own page.
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("order.pdf"));
+        {
+            PdfFileTarget target(file, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
+            const auto mark = [&target](double x, double y) {
+                target.SetDrawWidth(5);
+                target.PSet(x, y, QColor(0, 0, 0));
+                target.Circle(x, y, 60, QColor(0, 0, 0));
+                target.Line(x - 60, y, x + 60, y);
+                target.Line(x, y - 60, x, y + 60);
+            };
+            // A black band (400 pixels of 600 dpi: 960 twips), then white text on it.
+            target.SetDrawWidth(400);
+            target.Line(1440, 2880, 10800, 2880, QColor(0, 0, 0));
+            target.SetFontSize(24);
+            target.SetFontBold(true);
+            target.SetForeColor(QColor(255, 255, 255));
+            target.SetCurrentX(2000);
+            target.SetCurrentY(2880 - target.TextHeight(QStringLiteral("H")) / 2);
+            target.Print(QStringLiteral("HHHHHHHH"));
+            // Black text, then a white band over it.
+            target.SetForeColor(QColor(0, 0, 0));
+            target.SetCurrentX(2000);
+            target.SetCurrentY(11000);
+            target.Print(QStringLiteral("HHHHHHHH"));
+            target.SetDrawWidth(400);
+            target.Line(1440, 11000 + target.TextHeight(QStringLiteral("H")) / 2, 10800,
+                        11000 + target.TextHeight(QStringLiteral("H")) / 2, QColor(255, 255, 255));
+            // A mark, the last drawing of the first page, and one on the second.
+            mark(6000, 8000);
+            target.NewPage();
+            mark(3000, 6000);
+            target.EndDoc();
+        }
+        QTemporaryDir pagesDir;
+        const QList<QImage> pages = RenderPages(file, pagesDir.path());
+        QCOMPARE(pages.size(), 2);
+        // 100 dpi: 14.4 twips a pixel; a mark's strokes are under a pixel wide.
+        const auto dark = [](const QImage& page, double x, double y) {
+            int darkest = 255;
+            for (int dy = -1; dy <= 1; ++dy)
+            {
+                for (int dx = -1; dx <= 1; ++dx)
+                    darkest = std::min(darkest, qGray(page.pixel(qRound(x / 14.4) + dx, qRound(y / 14.4) + dy)));
+            }
+            return darkest < 128;
+        };
+        int whiteInBand = 0;
+        for (int x = 139; x < 400; ++x)
+        {
+            if (qGray(pages[0].pixel(x, 200)) > 200)
+                ++whiteInBand;
+        }
+        QVERIFY2(whiteInBand > 40, qPrintable(QString::number(whiteInBand)));
+        QVERIFY(dark(pages[0], 1600, 2880));
+        QVERIFY(dark(pages[0], 10000, 2880));
+        int darkUnderBand = 0;
+        for (int y = 11000 / 14.4; y < 11500 / 14.4; ++y)
+        {
+            for (int x = 139; x < 400; ++x)
+                darkUnderBand += qGray(pages[0].pixel(x, y)) < 200 ? 1 : 0;
+        }
+        QCOMPARE(darkUnderBand, 0);
+        QVERIFY(dark(pages[0], 6000, 8000));
+        QVERIFY(!dark(pages[1], 6000, 8000));
+        QVERIFY(dark(pages[1], 3000, 6000));
+        QVERIFY(!dark(pages[0], 3000, 6000));
     }
 
     void drawingAfterEndDocWritesTheFileAnew()
