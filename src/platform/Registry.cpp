@@ -10,6 +10,7 @@
 #include <qt_windows.h>
 #else
 #include "platform/RegistryFile.h"
+#include "platform/RegistryReadBatch.h"
 #endif
 
 namespace
@@ -88,7 +89,8 @@ class OpenKey
 public:
     qint32 open(RegistryRoot root, const QString& subKey)
     {
-        m_file = RegistryFile::loadActive();
+        const RegistryReadBatch* batch = RegistryReadBatch::current();
+        m_file = batch ? batch->file() : RegistryFile::loadActive();
         m_keyPath = RegistryFile::rootName(quint32(root)) + u'\\' + subKey;
         return m_file.hasKey(m_keyPath) ? RegistryFile::Success : RegistryFile::FileNotFound;
     }

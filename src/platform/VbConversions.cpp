@@ -90,6 +90,26 @@ enum class Tie
 // Rounds at the given decimal places on the shortest decimal text of the value
 // (the text that reads back as the same double), so that a value written as a
 // tie, such as 2.675, is rounded as the tie it was meant to be.
+// The signs of the current default locale that a number's text takes.
+struct NumberSymbols
+{
+    QLocale locale;
+    QString point;
+    QString minus;
+    bool plainDigits = false; // the digits are 0 to 9
+};
+
+// Read again only when the default locale changes.
+const NumberSymbols& CurrentNumberSymbols()
+{
+    thread_local NumberSymbols symbols{QLocale::c(), QStringLiteral("."), QStringLiteral("-"), true};
+    const QLocale locale;
+    if (locale != symbols.locale)
+        symbols = NumberSymbols{locale, locale.decimalPoint(), locale.negativeSign(),
+                                locale.zeroDigit() == QLatin1String("0")};
+    return symbols;
+}
+
 double roundDecimal(double value, int decimals, Tie tie)
 {
     if (!std::isfinite(value) || value == 0)
@@ -305,6 +325,37 @@ QString FormatNumber(double value, int decimals)
     double rounded = roundDecimal(value, decimals, Tie::AwayFromZero);
     if (rounded == 0)
         rounded = 0; // no "-0.00"
+
+    // Below a thousand there is nothing to group, and in a locale of the
+    // digits 0 to 9 the text is the plain digits with the locale's point and
+    // minus sign: written straight, it costs a fraction of the locale's own
+    // conversion, which a table of many values would pay for every cell.
+    constexpr int MostDirectDecimals = 15;
+    if (std::fabs(rounded) < 1000 && decimals <= MostDirectDecimals)
+    {
+        const NumberSymbols& symbols = CurrentNumberSymbols();
+        if (symbols.plainDigits)
+        {
+            char digits[32];
+            const auto written =
+                std::to_chars(digits, digits + sizeof digits, std::fabs(rounded), std::chars_format::fixed, decimals);
+            if (written.ec == std::errc())
+            {
+                QString text;
+                text.reserve(qsizetype(written.ptr - digits) + symbols.minus.size() + symbols.point.size());
+                if (rounded < 0)
+                    text += symbols.minus;
+                for (const char* digit = digits; digit != written.ptr; ++digit)
+                {
+                    if (*digit == '.')
+                        text += symbols.point;
+                    else
+                        text += QLatin1Char(*digit);
+                }
+                return text;
+            }
+        }
+    }
     QLocale locale;
     locale.setNumberOptions(locale.numberOptions() & ~QLocale::OmitGroupSeparator);
     return locale.toString(rounded, 'f', decimals);

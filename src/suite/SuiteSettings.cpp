@@ -1,6 +1,7 @@
 #include "suite/SuiteSettings.h"
 
 #include "platform/Registry.h"
+#include "platform/RegistryReadBatch.h"
 #include "platform/RuntimeError.h"
 
 #include <QStandardPaths>
@@ -40,6 +41,8 @@ qint32 numberValue(const char* name)
 
 SuiteSettings SuiteSettings::fromRegistry()
 {
+    // One consistent set of settings, from one reading of the key file.
+    const RegistryReadBatch batch;
     SuiteSettings settings;
     const QString driver = textValue("Database Driver").toUpper();
     if (!driver.isEmpty())

@@ -4,6 +4,7 @@
 #include "platform/RecordingMessageService.h"
 #include "platform/Registry.h"
 #include "platform/RegistryFile.h"
+#include "platform/RegistryReadBatch.h"
 #include "platform/RuntimeError.h"
 
 #include <QCoreApplication>
@@ -353,6 +354,28 @@ private slots:
         QCOMPARE(ReadCommonValue(QStringLiteral("SI Unit"), true).toString(), QStringLiteral("0"));
         registry.write(commonKeyFile("\"SI Unit\"=\"1\"\n"));
         QCOMPARE(ReadCommonValue(QStringLiteral("SI Unit"), true).toString(), QStringLiteral("1"));
+    }
+
+    void aBatchReadsTheFileOnce()
+    {
+        ScopedRegistry registry(commonKeyFile("\"SI Unit\"=\"0\"\n\"Database Name\"=\"first\"\n"));
+        {
+            const RegistryReadBatch batch;
+            QCOMPARE(ReadCommonValue(QStringLiteral("SI Unit"), true).toString(), QStringLiteral("0"));
+            // Changed in the middle of the batch: the batch's values stay one set.
+            registry.write(commonKeyFile("\"SI Unit\"=\"1\"\n\"Database Name\"=\"second\"\n"));
+            QCOMPARE(ReadCommonValue(QStringLiteral("Database Name"), true).toString(), QStringLiteral("first"));
+            {
+                const RegistryReadBatch inner;
+                QCOMPARE(ReadCommonValue(QStringLiteral("SI Unit"), true).toString(), QStringLiteral("0"));
+            }
+            QCOMPARE(ReadCommonValue(QStringLiteral("SI Unit"), true).toString(), QStringLiteral("0"));
+            // What is missing is missing as ever, with its message.
+            QVERIFY(!ReadCommonValue(QStringLiteral("Nothing"), true).isValid());
+            QCOMPARE(m_boxes->count(), 1);
+        }
+        QCOMPARE(ReadCommonValue(QStringLiteral("SI Unit"), true).toString(), QStringLiteral("1"));
+        QCOMPARE(ReadCommonValue(QStringLiteral("Database Name"), true).toString(), QStringLiteral("second"));
     }
 
     void fileIsChosenByEnvironmentThenSystemThenDefault()

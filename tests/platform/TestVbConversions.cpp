@@ -378,6 +378,34 @@ private slots:
         QCOMPARE(FormatNumber(1234.5, 2), QStringLiteral("1,234.50"));
     }
 
+    void formatNumberWritesWhatTheLocaleWrites()
+    {
+        // Values of up to six decimals in locales of different points, minus
+        // signs, groups and digits, against the locale's own text of them.
+        const QLocale locales[] = {QLocale::c(),
+                                   QLocale(QLocale::English, QLocale::UnitedStates),
+                                   QLocale(QLocale::German, QLocale::Germany),
+                                   QLocale(QLocale::French, QLocale::France),
+                                   QLocale(QLocale::Swedish, QLocale::Sweden),
+                                   QLocale(QLocale::Arabic, QLocale::Egypt)};
+        for (const QLocale& locale : locales)
+        {
+            LocaleScope scope(locale);
+            QLocale grouped(locale);
+            grouped.setNumberOptions(grouped.numberOptions() & ~QLocale::OmitGroupSeparator);
+            quint32 seed = 7;
+            for (int i = 0; i < 3000; ++i)
+            {
+                seed = seed * 1103515245 + 12345;
+                const int decimals = int(seed >> 16) % 7;
+                seed = seed * 1103515245 + 12345;
+                const qint64 scaled = qint64(seed >> 8) % 2000001 - 1000000;
+                const double value = double(scaled) / std::pow(10.0, decimals);
+                QCOMPARE(FormatNumber(value, decimals), grouped.toString(value, 'f', decimals));
+            }
+        }
+    }
+
     void generalNumberText_data()
     {
         QTest::addColumn<double>("value");
