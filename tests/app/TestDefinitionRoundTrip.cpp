@@ -49,14 +49,7 @@ private slots:
     {
         ResetProgramState();
         ScopedRegistryFile registry;
-        registry.setValue(QStringLiteral("Executable Path"), QCoreApplication::applicationDirPath());
-        registry.setValue(QStringLiteral("SI Unit"), QStringLiteral("0"));
-        registry.setValue(QStringLiteral("Database Driver"), QStringLiteral("QSQLITE"));
-        registry.setValue(QStringLiteral("Database Name"),
-                          QString(registry.folder() + QStringLiteral("/norrix-demo.sqlite")));
-        registry.setValue(QStringLiteral("Demo Database"), 1);
-        registry.setValue(QStringLiteral("Default Rights"), QStringLiteral("500,501"));
-        registry.setValue(QStringLiteral("Default Auto Logout Minutes"), 0);
+        registry.useDemoDatabase();
         RegisterSuiteComponents();
         ResetResourceServer();
         RecordingMessageService boxes;

@@ -37,7 +37,7 @@ private slots:
     {
         ResetProgramState();
         ScopedRegistryFile registry;
-        const QString database = useDemoDatabase(registry);
+        const QString database = registry.useDemoDatabase();
         // The database of an earlier start; this start brings it up to date again.
         QVERIFY(RunProcess(frmMain::DatabaseQueryCommandLine(QCoreApplication::applicationDirPath()), true));
         QVERIFY(QFileInfo(database).isFile());
@@ -97,7 +97,7 @@ private slots:
     {
         ResetProgramState();
         ScopedRegistryFile registry;
-        const QString database = useDemoDatabase(registry);
+        const QString database = registry.useDemoDatabase();
         RegisterSuiteComponents();
         ResetResourceServer();
         RecordingMessageService boxes;
@@ -107,22 +107,6 @@ private slots:
         QCOMPARE(boxes.count(), 0);
         QVERIFY(QFileInfo(database).isFile());
         QCOMPARE(window.ReportTabs()->cboReports[1]->currentIndex(), 1);
-    }
-
-private:
-    // The suite's key for a demo database in the registry's folder, with the
-    // database tool built beside the tests; the database's path.
-    static QString useDemoDatabase(ScopedRegistryFile& registry)
-    {
-        const QString database = registry.folder() + QStringLiteral("/norrix-demo.sqlite");
-        registry.setValue(QStringLiteral("Executable Path"), QCoreApplication::applicationDirPath());
-        registry.setValue(QStringLiteral("SI Unit"), QStringLiteral("0"));
-        registry.setValue(QStringLiteral("Database Driver"), QStringLiteral("QSQLITE"));
-        registry.setValue(QStringLiteral("Database Name"), database);
-        registry.setValue(QStringLiteral("Demo Database"), 1);
-        registry.setValue(QStringLiteral("Default Rights"), QStringLiteral("500,501"));
-        registry.setValue(QStringLiteral("Default Auto Logout Minutes"), 0);
-        return database;
     }
 };
 

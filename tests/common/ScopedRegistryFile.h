@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QMap>
@@ -39,6 +40,24 @@ public:
         else
             m_values.remove(name);
         write();
+    }
+
+    // The suite's key for an embedded demo database (by default in this key's
+    // folder), with the folder of the running program as the suite's
+    // executable path, where the database tool is built; the database's path.
+    QString useDemoDatabase(QString database = QString())
+    {
+        if (database.isEmpty())
+            database = m_dir.filePath(QStringLiteral("norrix-demo.sqlite"));
+        m_values[QStringLiteral("Executable Path")] = QCoreApplication::applicationDirPath();
+        m_values[QStringLiteral("SI Unit")] = QStringLiteral("0");
+        m_values[QStringLiteral("Database Driver")] = QStringLiteral("QSQLITE");
+        m_values[QStringLiteral("Database Name")] = database;
+        m_values[QStringLiteral("Demo Database")] = 1;
+        m_values[QStringLiteral("Default Rights")] = QStringLiteral("500,501");
+        m_values[QStringLiteral("Default Auto Logout Minutes")] = 0;
+        write();
+        return database;
     }
 
     QString path() const { return m_dir.filePath(QStringLiteral("registry.reg")); }

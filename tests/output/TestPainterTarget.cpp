@@ -1,3 +1,4 @@
+#include "PdfTools.h"
 #include "common/TestMain.h"
 #include "output/PictureTarget.h"
 #include "output/PrinterTarget.h"
@@ -12,7 +13,6 @@
 #include <QPageSize>
 #include <QPainter>
 #include <QPrinterInfo>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -23,16 +23,6 @@
 
 namespace
 {
-// Runs one of the PDF tools of poppler-utils and returns its standard output.
-QString RunPdfTool(const QString& tool, const QStringList& arguments)
-{
-    QProcess process;
-    process.start(tool, arguments);
-    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-        return QStringLiteral("<%1 failed: %2>").arg(tool, QString::fromLocal8Bit(process.readAllStandardError()));
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
-
 bool IsDark(QRgb pixel)
 {
     return qGray(pixel) < 128;
@@ -568,13 +558,7 @@ private slots:
         QTemporaryDir dir;
         const QString file = dir.filePath(QStringLiteral("again.pdf"));
         PrinterTarget printer(PdfPrinter(file));
-        printer.Print(QStringLiteral("first job"));
-        printer.EndDoc();
-        printer.Print(QStringLiteral("second job"));
-        printer.EndDoc();
-        const QString text = RunPdfTool(QStringLiteral("pdftotext"), {file, QStringLiteral("-")});
-        QVERIFY2(text.contains(QStringLiteral("second job")), qPrintable(text));
-        QVERIFY(!text.contains(QStringLiteral("first job")));
+        CheckDrawingAfterEndDocStartsAnew(printer, file);
     }
 
     void aPrinterThatCannotStartRaisesAPrinterError()

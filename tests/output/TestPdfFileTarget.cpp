@@ -1,3 +1,4 @@
+#include "PdfTools.h"
 #include "common/TestMain.h"
 #include "output/PdfFileTarget.h"
 #include "output/PrinterTarget.h"
@@ -6,7 +7,6 @@
 #include <QFile>
 #include <QImage>
 #include <QPrinter>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
@@ -17,32 +17,6 @@
 
 namespace
 {
-QString RunPdfTool(const QString& tool, const QStringList& arguments)
-{
-    QProcess process;
-    process.start(tool, arguments);
-    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-        return QStringLiteral("<%1 failed: %2>").arg(tool, QString::fromLocal8Bit(process.readAllStandardError()));
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
-
-// Every page of a PDF at 100 dpi.
-QList<QImage> RenderPages(const QString& file, const QString& folder)
-{
-    const QString prefix = folder + QStringLiteral("/page");
-    RunPdfTool(QStringLiteral("pdftoppm"),
-               {QStringLiteral("-r"), QStringLiteral("100"), QStringLiteral("-png"), file, prefix});
-    QList<QImage> pages;
-    for (int page = 1;; ++page)
-    {
-        const QImage image(prefix + QStringLiteral("-%1.png").arg(page));
-        if (image.isNull())
-            break;
-        pages.append(image.convertToFormat(QImage::Format_RGB32));
-    }
-    return pages;
-}
-
 // Two pages of a small report: a header, a chart's lines and marks, a table's cells.
 void DrawTwoPages(OutputTarget& target)
 {
@@ -250,13 +224,7 @@ private slots:
         QTemporaryDir dir;
         const QString file = dir.filePath(QStringLiteral("again.pdf"));
         PdfFileTarget target(file, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
-        target.Print(QStringLiteral("first job"));
-        target.EndDoc();
-        target.Print(QStringLiteral("second job"));
-        target.EndDoc();
-        const QString text = RunPdfTool(QStringLiteral("pdftotext"), {file, QStringLiteral("-")});
-        QVERIFY2(text.contains(QStringLiteral("second job")), qPrintable(text));
-        QVERIFY(!text.contains(QStringLiteral("first job")));
+        CheckDrawingAfterEndDocStartsAnew(target, file);
     }
 
     void anUnwritableFileRaisesAPrinterError()

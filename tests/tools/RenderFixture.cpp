@@ -19,13 +19,8 @@ constexpr int kTimeoutMs = 60000;
 
 RenderFixture::RenderFixture()
 {
-    m_registry = std::make_unique<ScopedRegistryFile>(QMap<QString, QVariant>{
-        {QStringLiteral("Database Driver"), QStringLiteral("QSQLITE")},
-        {QStringLiteral("Demo Database"), 1},
-        {QStringLiteral("Default Rights"), QStringLiteral("500,501")},
-        {QStringLiteral("SI Unit"), QStringLiteral("0")},
-    });
-    m_registry->setValue(QStringLiteral("Database Name"), path(QStringLiteral("norrix-demo.sqlite")));
+    m_registry = std::make_unique<ScopedRegistryFile>();
+    m_registry->useDemoDatabase(path(QStringLiteral("norrix-demo.sqlite")));
 
     // Qt programs want a private runtime folder; without one they say so on stderr.
     m_previousRuntimeDir = qgetenv("XDG_RUNTIME_DIR");
