@@ -87,9 +87,6 @@ enum class Tie
     AwayFromZero
 };
 
-// Rounds at the given decimal places on the shortest decimal text of the value
-// (the text that reads back as the same double), so that a value written as a
-// tie, such as 2.675, is rounded as the tie it was meant to be.
 // The signs of the current default locale that a number's text takes.
 struct NumberSymbols
 {
@@ -110,6 +107,9 @@ const NumberSymbols& CurrentNumberSymbols()
     return symbols;
 }
 
+// Rounds at the given decimal places on the shortest decimal text of the value
+// (the text that reads back as the same double), so that a value written as a
+// tie, such as 2.675, is rounded as the tie it was meant to be.
 double roundDecimal(double value, int decimals, Tie tie)
 {
     if (!std::isfinite(value) || value == 0)
