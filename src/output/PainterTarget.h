@@ -37,7 +37,9 @@ class QPaintDevice;
 // Pages of many thousand marks and cells stay cheap:
 // - each font (typeface, size, bold) is set up once, and shapes a text only
 //   the first time it is measured or printed: it keeps the width and the
-//   glyphs;
+//   glyphs. A number or a date is not laid out at all but put together from
+//   its characters' glyphs and the kerning of each pair of them, which the
+//   font learns once from layouts of the characters and the pairs;
 // - printed text is kept back and drawn as one run of glyphs, in the order
 //   printed, up to the next operation that is not text in the same font and
 //   pen: a table page's cells become one piece of text instead of one each.
