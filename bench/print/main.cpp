@@ -16,8 +16,8 @@
 
 #include "../common/BenchFigures.h"
 #include "../common/BenchSubject.h"
+#include "RenderRequest.h"
 #include "components/QCReportStore.h"
-#include "components/UniqueVarNames.h"
 #include "output/modPrintGlobals.h"
 #include "output/modPrintReport.h"
 #include "platform/ComponentFactory.h"
@@ -81,38 +81,17 @@ void saveDefinition(SuiteDatabase& db)
     ComponentFactory::create<QCReportStore>(QCReportStore::ClassId)->SaveReport(kReport, info);
 }
 
-// The request the main window makes for the saved definition: its rows as
-// the store opens them, names made unique, the subject and the period.
+// The request the renderer makes of the same command line: the saved
+// definition's rows, their names made unique, the subject found by its ID
+// and the period, as the main window makes it.
 ReportInfo storedRequest(const QString& to)
 {
-    const std::unique_ptr<QCReportStore> store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
-    qint32 id = -1;
-    for (const RecordsetPtr reports = store->ListReports(); !reports->IsEOF(); reports->MoveNext())
-    {
-        if (reports->Value(QStringLiteral("QCReportName")).toString() == kReport)
-            id = reports->Value(QStringLiteral("QCReportID")).toInt();
-    }
-    ReportInfo info;
-    info.TestTab = 0;
-    info.PatientID = kSubject;
-    info.PatientName = kSubject;
-    info.ToDate = to;
-    qint32 tab = 0;
-    UniqueVarNames names;
-    for (const RecordsetPtr rows = store->OpenReport(id, false, tab); !rows->IsEOF(); rows->MoveNext())
-    {
-        ReportVariable variable;
-        variable.TableID = rows->Value(QStringLiteral("QCTableID")).toInt();
-        variable.ParamsDefID = rows->Value(QStringLiteral("ParamsDefID")).toInt();
-        variable.TableName = rows->Value(QStringLiteral("QCUserName")).toString();
-        variable.VarName = names.MakeUnique(rows->Value(QStringLiteral("ParamsUserName")).toString());
-        variable.Unit = rows->Value(QStringLiteral("ParamsUnit")).toString();
-        variable.ShowInGraph = rows->Value(QStringLiteral("ShowInGraph")).toBool();
-        variable.ShowInTable = rows->Value(QStringLiteral("ShowInTable")).toBool();
-        variable.DecimalPlaces = rows->Value(QStringLiteral("Decimal")).toInt();
-        info.Variables.append(variable);
-    }
-    return info;
+    RenderOptions options;
+    options.tab = 0;
+    options.report = kReport;
+    options.subject = kSubject;
+    options.to = to;
+    return BuildRenderRequest(options, false);
 }
 
 // Runs a program; its standard output, or its error output when it failed.

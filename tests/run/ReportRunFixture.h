@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ModalDriver.h"
 #include "common/ScopedRegistryFile.h"
 #include "common/TestStrings.h"
 #include "components/QCReportStore.h"
@@ -178,40 +179,6 @@ private:
     }
 
     std::shared_ptr<Script> m_script;
-};
-
-// Waits inside a modal window's own event loop until it is up, then acts on
-// it; stops looking when the test ends first.
-class ModalWatch
-{
-public:
-    ModalWatch()
-    {
-        m_timer.setInterval(5);
-        QObject::connect(&m_timer, &QTimer::timeout, [this] {
-            QWidget* modal = QApplication::activeModalWidget();
-            if (!modal || !modal->isVisible() || modal == m_skip)
-                return;
-            m_timer.stop();
-            auto action = std::move(m_action);
-            action(modal);
-        });
-    }
-    ~ModalWatch() { m_timer.stop(); }
-    ModalWatch(const ModalWatch&) = delete;
-    ModalWatch& operator=(const ModalWatch&) = delete;
-
-    void onNextModal(std::function<void(QWidget*)> action)
-    {
-        m_skip = QApplication::activeModalWidget();
-        m_action = std::move(action);
-        m_timer.start();
-    }
-
-private:
-    QTimer m_timer;
-    QPointer<QWidget> m_skip;
-    std::function<void(QWidget*)> m_action;
 };
 
 // The report run ready to go: the panels with a chosen subject and dates, the

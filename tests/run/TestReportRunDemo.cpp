@@ -61,7 +61,7 @@ class TestReportRunDemo : public QObject
         std::shared_ptr<RecordingTarget> first = std::make_shared<RecordingTarget>();
         std::shared_ptr<RecordingTarget> second = std::make_shared<RecordingTarget>();
         RunWindow window;
-        ModalWatch watch;
+        ModalDriver watch;
     };
 
 private slots:
@@ -74,7 +74,7 @@ private slots:
         int pages = 0;
         int graphPages = 0;
         QStringList numbers;
-        d.watch.onNextModal([&](QWidget* modal) {
+        d.watch.onNextModal([&](QDialog* modal) {
             auto* preview = qobject_cast<frmPrintPreview*>(modal);
             if (!preview)
                 return;

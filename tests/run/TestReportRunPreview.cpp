@@ -15,7 +15,7 @@ class TestReportRunPreview : public QObject
     Q_OBJECT
 
     std::unique_ptr<ReportRunFixture> f;
-    std::unique_ptr<ModalWatch> watch;
+    std::unique_ptr<ModalDriver> watch;
 
     ReportRunPanel& run() { return *f->window.run; }
 
@@ -23,7 +23,7 @@ private slots:
     void init()
     {
         f = std::make_unique<ReportRunFixture>();
-        watch = std::make_unique<ModalWatch>();
+        watch = std::make_unique<ModalDriver>();
         f->window.show();
     }
 
@@ -43,7 +43,7 @@ private slots:
         QStringList numbers;
         bool pointerDefault = false;
         QString definitionName;
-        watch->onNextModal([&](QWidget* modal) {
+        watch->onNextModal([&](QDialog* modal) {
             auto* preview = qobject_cast<frmPrintPreview*>(modal);
             seen = preview != nullptr && preview == run().PreviewWindow();
             if (!preview)
@@ -86,7 +86,7 @@ private slots:
     {
         f->setVariables(2);
         QStringList prepared;
-        watch->onNextModal([&](QWidget* modal) {
+        watch->onNextModal([&](QDialog* modal) {
             auto* preview = qobject_cast<frmPrintPreview*>(modal);
             if (!preview)
                 return;
@@ -106,7 +106,7 @@ private slots:
     {
         f->setVariables(0, 2);
         bool shown = false;
-        watch->onNextModal([&](QWidget* modal) {
+        watch->onNextModal([&](QDialog* modal) {
             shown = true;
             modal->close();
         });
@@ -124,7 +124,7 @@ private slots:
         f->setVariables(3);
         f->store->failOn = QStringLiteral("GetGraphData 3");
         bool shown = false;
-        watch->onNextModal([&](QWidget* modal) {
+        watch->onNextModal([&](QDialog* modal) {
             shown = true;
             modal->close();
         });
@@ -149,7 +149,7 @@ private slots:
         f->setVariables(4);
         f->store->noTable = true;
         int pages = 0;
-        watch->onNextModal([&](QWidget* modal) {
+        watch->onNextModal([&](QDialog* modal) {
             if (auto* preview = qobject_cast<frmPrintPreview*>(modal))
             {
                 pages = ReportPageCount(preview->Report());

@@ -36,7 +36,7 @@ class TestReportRunPrintSetup : public QObject
     Q_OBJECT
 
     std::unique_ptr<ReportRunFixture> f;
-    std::unique_ptr<ModalWatch> watch;
+    std::unique_ptr<ModalDriver> watch;
     QString m_startupPrinter;
     bool m_warned = false;
     QTemporaryDir m_dir;
@@ -46,7 +46,7 @@ private slots:
     void init()
     {
         f = std::make_unique<ReportRunFixture>();
-        watch = std::make_unique<ModalWatch>();
+        watch = std::make_unique<ModalDriver>();
         m_startupPrinter = strStartupPrinter;
         m_warned = blnPrinterWarned;
         // The system printer is the one of start-up: no notice about a change.
@@ -72,7 +72,7 @@ private slots:
     void theChosenPrinterIsTheOneRunsPrintOn()
     {
         bool dialog = false;
-        watch->onNextModal([&](QWidget* modal) {
+        watch->onNextModal([&](QDialog* modal) {
             dialog = qobject_cast<QPrintDialog*>(modal) != nullptr;
             Press(modal, QDialogButtonBox::AcceptRole);
         });
@@ -86,7 +86,7 @@ private slots:
     void cancellingKeepsThePrinter()
     {
         bool dialog = false;
-        watch->onNextModal([&](QWidget* modal) {
+        watch->onNextModal([&](QDialog* modal) {
             dialog = qobject_cast<QPrintDialog*>(modal) != nullptr;
             Press(modal, QDialogButtonBox::RejectRole);
         });
