@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql
+    libgmp-dev
     fonts-liberation2
     poppler-utils xvfb xauth
     postgresql

@@ -33,9 +33,18 @@ public:
     // Variables of a tab: VarID, VarUserName, VarUnit, DecimalPlaces.
     virtual RecordsetPtr ListVariables(bool siUnits, qint16 tab) = 0;
 
-    // Statistics (mean, sample SD, CV as a fraction) and visits (field 0 the
-    // visit date, field 1 the value) of variable `index` (1-based) over the
-    // subject and period of info. Missing and zero values are left out.
+    // Statistics and visits (field 0 the visit date, field 1 the value) of
+    // variable `index` (1-based) over the subject and period of info.
+    // The statistics are taken over the visits' values that are neither
+    // missing nor zero, in the units of siUnits:
+    // - mean: their sum over their number n;
+    // - sd: the sample standard deviation, dividing by n - 1; 0 for one value;
+    // - cv: sd / mean as a fraction (the chart prints it x 100 in per cent);
+    //   0 for a mean of 0, negative for a negative mean;
+    // - all three 0 when no value counts.
+    // Each is exact to the 15 significant digits the chart prints: its text
+    // with 15 significant digits (cv's x 100) is the exact value of the
+    // values correctly rounded, and equal values give sd and cv exactly 0.
     virtual RecordsetPtr GetGraphData(const ReportInfo& info, qint32 index, bool siUnits, double& mean, double& sd,
                                       double& cv) = 0;
     // One row per visit of the period: field 0 the visit date, then one field

@@ -5,6 +5,7 @@
 #include "platform/RuntimeError.h"
 #include "platform/VbConversions.h"
 #include "suite/QueryRecordset.h"
+#include "suite/SeriesStatistics.h"
 #include "suite/SuiteText.h"
 #include "suite/SuiteTransaction.h"
 #include "suite/SuiteUser.h"
@@ -13,7 +14,6 @@
 #include <QSqlQuery>
 
 #include <algorithm>
-#include <cmath>
 
 namespace
 {
@@ -60,30 +60,6 @@ Conversion conversionOf(const QHash<qint32, Conversion>& all, qint32 varId, bool
         fail(ErrorNumber::InvalidPropertyValue,
              QStringLiteral("The variable with ID %1 is not in the catalogue.").arg(varId));
     return *it;
-}
-
-// Mean, sample standard deviation (n - 1) and their ratio over the values
-// that are not zero; SD is 0 below two values, CV is 0 for a zero mean.
-void statistics(const std::vector<double>& values, double& mean, double& sd, double& cv)
-{
-    mean = 0;
-    sd = 0;
-    cv = 0;
-    if (values.empty())
-        return;
-    double sum = 0;
-    for (const double v : values)
-        sum += v;
-    mean = sum / double(values.size());
-    if (values.size() >= 2)
-    {
-        double squares = 0;
-        for (const double v : values)
-            squares += (v - mean) * (v - mean);
-        sd = std::sqrt(squares / double(values.size() - 1));
-    }
-    if (mean != 0)
-        cv = sd / mean;
 }
 
 QString unitColumn(bool siUnits)
@@ -302,7 +278,10 @@ RecordsetPtr NorrixReportStore::GetGraphData(const ReportInfo& info, qint32 inde
         if (value != 0)
             counted.push_back(value);
     }
-    statistics(counted, mean, sd, cv);
+    const SeriesStatistics statistics = SeriesStatistics::of(counted);
+    mean = statistics.Mean;
+    sd = statistics.SD;
+    cv = statistics.CV;
     return QueryRecordset::make(fields, std::move(rows));
 }
 
