@@ -33,7 +33,11 @@ void removeSelectedItem(QComboBox* list)
 
 qint32 ReportTabsPanel::SaveReportDefinition(QCReportStore& store, const QString& Name)
 {
+    // An empty grid gives BuildReportInfo nothing to fill, not even the tab:
+    // the record carries the current tab beforehand, so the definition is
+    // filed where it was made.
     ReportInfo info;
+    info.TestTab = qint16(CurrentTab());
     BuildReportInfo(qint16(CurrentTab()), info);
     return store.SaveReport(Name, info);
 }

@@ -174,17 +174,36 @@ qint32 NorrixReportStore::DeleteReport(qint32 reportId, const QString& reserved)
 {
     Q_UNUSED(reserved);
     SuiteTransaction transaction(m_db);
+    const QVariant tab = m_db.scalar(QStringLiteral("SELECT tab FROM qc_reports WHERE report_id = ?"), {reportId});
     m_db.exec(QStringLiteral("DELETE FROM qc_report_params WHERE report_id = ?"), {reportId});
     const int deleted =
         m_db.exec(QStringLiteral("DELETE FROM qc_reports WHERE report_id = ?"), {reportId}).numRowsAffected();
+    if (deleted > 0)
+    {
+        // Looked at when the whole transaction commits: Save deletes the
+        // stored copy and saves it anew inside one.
+        m_db.checkBeforeCommit([db = m_db, tab = tab.toInt()]() mutable { requireDefinitionOn(db, tab); });
+    }
     transaction.commit();
     return deleted > 0 ? 0 : 1;
+}
+
+// Every tab keeps at least one saved definition: the program cannot start on
+// a tab without one.
+void NorrixReportStore::requireDefinitionOn(SuiteDatabase& db, qint32 tab)
+{
+    if (db.scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports WHERE tab = ?"), {tab}).toInt() == 0)
+        fail(ErrorNumber::InvalidPropertyValue,
+             QStringLiteral("The only saved report of a tab cannot be deleted: save another one on the tab first."));
 }
 
 bool NorrixReportStore::CanDeleteReport(qint32 reportId, const QString& reserved)
 {
     Q_UNUSED(reserved);
-    if (m_db.scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports WHERE report_id = ?"), {reportId}).toInt() == 0)
+    const QVariant tab = m_db.scalar(QStringLiteral("SELECT tab FROM qc_reports WHERE report_id = ?"), {reportId});
+    if (tab.isNull())
+        return false;
+    if (m_db.scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports WHERE tab = ?"), {tab}).toInt() < 2)
         return false;
     const SuiteUser user = SuiteUser::load(m_db, SuiteUser::currentName());
     return !user.disabled && user.hasRight(CalcEngine::RightEditReports);

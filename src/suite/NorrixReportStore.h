@@ -14,7 +14,11 @@
 //   catalogue's current names.
 // - Names are compared without regard to case (CountReportsNamed, lists in
 //   name order).
-// - A definition may be deleted by a user who may edit definitions (right 501).
+// - A definition may be deleted by a user who may edit definitions (right 501),
+//   unless it is the only one of its tab: every tab keeps a definition, for
+//   the program cannot start on a tab without one. A transaction that would
+//   leave a tab without one is rolled back: DeleteReport alone refuses, and
+//   inside BeginTrans (Save deletes and saves anew) CommitTrans does.
 // - Data sets: visits of the report's subject (ReportInfo.PatientID is the
 //   identification number) and tab in the period, both ends included; an
 //   empty FromDate is an open start, an empty ToDate an open end. Values are
@@ -59,6 +63,8 @@ private:
     // The period's conditions on the visits "v" and their order.
     static void appendPeriod(const Period& period, QString& sql, QVariantList& params);
     static void checkTab(qint32 tab);
+    // RuntimeError when the tab has no saved definition.
+    static void requireDefinitionOn(SuiteDatabase& db, qint32 tab);
 
     SuiteDatabase m_db;
     int m_openTransactions = 0; // BeginTrans calls not yet committed or rolled back

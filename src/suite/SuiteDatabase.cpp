@@ -7,6 +7,9 @@
 #include <QHash>
 #include <QSqlError>
 
+#include <functional>
+#include <utility>
+
 namespace
 {
 const QString kConnectionPrefix = QStringLiteral("norrix-suite:");
@@ -21,6 +24,8 @@ struct TransactionState
     // command, even releasing a statement, until the transaction has ended,
     // so they are released after it.
     std::vector<QSqlQuery> failed;
+    // Checks of what the whole transaction leaves, run before it commits.
+    std::vector<std::function<void()>> beforeCommit;
 };
 
 QHash<QString, TransactionState>& transactions()
@@ -243,10 +248,23 @@ void SuiteDatabase::commit()
     if (state.rollbackOnly)
     {
         state.rollbackOnly = false;
+        state.beforeCommit.clear();
         db.rollback();
         state.failed.clear();
         throw RuntimeError(ErrorQueryFailed, ErrorSource,
                            QStringLiteral("The changes were not saved because part of them failed."));
+    }
+    const std::vector<std::function<void()>> checks = std::exchange(state.beforeCommit, {});
+    try
+    {
+        for (const std::function<void()>& check : checks)
+            check();
+    }
+    catch (...)
+    {
+        db.rollback();
+        transactions()[connectionName()].failed.clear();
+        throw;
     }
     if (!db.commit())
     {
@@ -267,8 +285,18 @@ void SuiteDatabase::rollback()
         return;
     }
     state.rollbackOnly = false;
+    state.beforeCommit.clear();
     connection().rollback();
     state.failed.clear();
+}
+
+void SuiteDatabase::checkBeforeCommit(std::function<void()> check)
+{
+    TransactionState& state = transactions()[connectionName()];
+    if (state.depth == 0)
+        check();
+    else
+        state.beforeCommit.push_back(std::move(check));
 }
 
 bool SuiteDatabase::inTransaction()

@@ -9,6 +9,7 @@
 #include <QVariant>
 #include <QVariantList>
 
+#include <functional>
 #include <vector>
 
 class QSqlError;
@@ -63,6 +64,11 @@ public:
     void commit();
     void rollback();
     bool inTransaction();
+    // Runs check just before the outermost commit of the transaction open on
+    // the connection (at once when none is open). When it throws, the
+    // transaction is rolled back and the committer gets the error: a rule on
+    // what a whole transaction leaves, such as a row deleted and saved anew.
+    void checkBeforeCommit(std::function<void()> check);
 
     // Closes every connection the program holds (a later use reopens).
     static void closeAllConnections();

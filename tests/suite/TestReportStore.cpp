@@ -253,6 +253,50 @@ private slots:
         QCOMPARE(store.ListReports()->RecordCount(), 1);
     }
 
+    void aTabKeepsItsLastDefinition()
+    {
+        SuiteTestDatabase test;
+        test.createSchema();
+        test.setValue(QStringLiteral("Default Rights"), QStringLiteral("500,501"));
+        const ReportInfo pf = pfDefinition(test.db());
+        ReportInfo gx;
+        gx.TestTab = 1;
+        NorrixReportStore store;
+        const qint32 first = store.SaveReport(QStringLiteral("First"), pf);
+        const qint32 second = store.SaveReport(QStringLiteral("Second"), pf);
+        const qint32 exercise = store.SaveReport(QStringLiteral("Exercise"), gx);
+        QVERIFY(store.CanDeleteReport(first, QString()));
+        QVERIFY(store.CanDeleteReport(second, QString()));
+        QVERIFY(!store.CanDeleteReport(exercise, QString())); // the only one of GX
+
+        QCOMPARE(store.DeleteReport(first, QString()), 0);
+        QVERIFY(!store.CanDeleteReport(second, QString()));
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, store.DeleteReport(second, QString()));
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, NorrixReportStore().DeleteReport(exercise, QString()));
+        QCOMPARE(column(store.ListReports(), QStringLiteral("QCReportName")),
+                 (QStringList{QStringLiteral("Exercise"), QStringLiteral("Second")}));
+        qint32 tab = -1;
+        QCOMPARE(store.OpenReport(second, false, tab)->RecordCount(), 3);
+
+        // Save deletes the only one and saves it anew in one transaction: allowed.
+        store.BeginTrans();
+        QCOMPARE(store.DeleteReport(second, QString()), 0);
+        const qint32 saved = store.SaveReport(QStringLiteral("Second"), pf);
+        store.CommitTrans();
+        QVERIFY(store.OpenReport(saved, false, tab));
+
+        // A transaction that only deletes it does not commit, and keeps it.
+        NorrixReportStore outer;
+        outer.BeginTrans();
+        QCOMPARE(NorrixReportStore().DeleteReport(saved, QString()), 0);
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, outer.CommitTrans());
+        QCOMPARE(NorrixReportStore().OpenReport(saved, false, tab)->RecordCount(), 3);
+        QCOMPARE(store.ListReports()->RecordCount(), 2);
+        // The store works on afterwards.
+        const qint32 third = store.SaveReport(QStringLiteral("Third"), pf);
+        QCOMPARE(store.DeleteReport(third, QString()), 0);
+    }
+
     void namesAreCountedWithoutRegardToCase()
     {
         SuiteTestDatabase test;
@@ -289,10 +333,11 @@ private slots:
         ReportInfo info;
         NorrixReportStore store;
         const qint32 id = store.SaveReport(QStringLiteral("Any"), info);
+        store.SaveReport(QStringLiteral("Another"), info); // the only one of a tab stays in any case
         {
             ScopedUserName user("editor"); // the users table is searched without regard to case
             QVERIFY(store.CanDeleteReport(id, QString()));
-            QVERIFY(!store.CanDeleteReport(id + 1, QString()));
+            QVERIFY(!store.CanDeleteReport(id + 1000, QString())); // no such definition
         }
         {
             ScopedUserName user("viewer");
