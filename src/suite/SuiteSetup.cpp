@@ -2,6 +2,7 @@
 
 #include "platform/RuntimeError.h"
 #include "suite/DemoData.h"
+#include "suite/StarterDefinitions.h"
 #include "suite/SuiteDatabase.h"
 #include "suite/SuiteSchema.h"
 
@@ -18,6 +19,7 @@ SuiteSetup::Outcome SuiteSetup::runAuto(const SuiteSettings& settings)
         DemoData::fill(db);
         outcome.demoFilled = true;
     }
+    outcome.startersAdded = StarterDefinitions::addWhereMissing(db);
     const QStringList problems = SuiteSchema::checkIntegrity(db);
     if (!problems.isEmpty())
         throw RuntimeError(SuiteDatabase::ErrorQueryFailed, SuiteDatabase::ErrorSource,

@@ -5,7 +5,8 @@ struct SuiteSettings;
 // What the database tool does with "auto" at every start of the program:
 // creates or migrates the schema, fills the demo data into the embedded demo
 // database while it holds no patients (a new one, or one whose first filling
-// was interrupted), and checks the database's integrity.
+// was interrupted), gives a tab without a saved definition its starter
+// definition (a new laboratory database), and checks the database's integrity.
 class SuiteSetup
 {
 public:
@@ -14,6 +15,7 @@ public:
         int versionBefore = 0;
         int version = 0;
         bool demoFilled = false;
+        int startersAdded = 0; // starter definitions saved on tabs without one
     };
 
     // Raises RuntimeError with a one-sentence description when anything fails.

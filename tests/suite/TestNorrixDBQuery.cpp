@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QSqlQuery>
 #include <QTest>
 
 // The database tool as the program starts it: "NorrixDBQuery auto".
@@ -97,6 +98,59 @@ private slots:
         QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion);
         QCOMPARE(count(db, QStringLiteral("patients")), 0);
         QVERIFY(count(db, QStringLiteral("variables")) > 27); // the catalogue is always there
+    }
+
+    // A laboratory's new database gets one definition per tab, so that the
+    // program can start on it, and never gets them again.
+    void aNewLaboratoryDatabaseGetsItsStarterDefinitionsOnce()
+    {
+        SuiteTestDatabase test;
+        const Run first = run();
+        QCOMPARE(first.exitCode, 0);
+        QVERIFY2(first.out.contains(QStringLiteral("2 starter report definitions saved")), qPrintable(first.out));
+        const auto stored = [&test](qint32 tab) {
+            QStringList rows;
+            QSqlQuery query = test.db().exec(
+                QStringLiteral("SELECT r.name, t.name, v.name, p.show_in_graph, p.show_in_table, p.decimal_places "
+                               "FROM qc_reports r JOIN qc_report_params p ON p.report_id = r.report_id "
+                               "JOIN test_tables t ON t.table_id = p.table_id JOIN variables v ON v.var_id = p.var_id "
+                               "WHERE r.tab = ? ORDER BY p.param_order"),
+                {tab});
+            while (query.next())
+            {
+                QStringList row;
+                for (int c = 0; c < 6; ++c)
+                    row.append(query.value(c).toString());
+                rows.append(row.join(u'|'));
+            }
+            return rows;
+        };
+        QCOMPARE(
+            stored(0),
+            (QStringList{QStringLiteral("Spirometry|Pre|FVC|1|1|2"), QStringLiteral("Spirometry|Pre|FEV1|1|1|2"),
+                         QStringLiteral("Spirometry|Pre|FEV1/FVC|1|1|0"), QStringLiteral("Spirometry|Pre|PEF|1|1|2")}));
+        QCOMPARE(stored(1),
+                 (QStringList{QStringLiteral("Exercise|Peak|VO2|1|1|0"), QStringLiteral("Exercise|Peak|VCO2|1|1|0"),
+                              QStringLiteral("Exercise|Peak|VE|1|1|1"), QStringLiteral("Exercise|Peak|RER|1|1|2")}));
+
+        // The lab renames and replaces them; later starts add nothing.
+        NorrixReportStore store;
+        ReportInfo gx;
+        gx.TestTab = 1;
+        store.SaveReport(QStringLiteral("Our Exercise"), gx);
+        const qint32 exercise = store.CountReportsNamed(QStringLiteral("Exercise"));
+        QCOMPARE(exercise, 1);
+        RecordsetPtr list = store.ListReports();
+        for (list->MoveFirst(); !list->IsEOF(); list->MoveNext())
+        {
+            if (list->Value(QStringLiteral("QCReportName")).toString() == QLatin1String("Exercise"))
+                QCOMPARE(store.DeleteReport(list->Value(QStringLiteral("QCReportID")).toInt(), QString()), 0);
+        }
+        const Run second = run();
+        QCOMPARE(second.exitCode, 0);
+        QVERIFY2(!second.out.contains(QStringLiteral("starter")), qPrintable(second.out));
+        QCOMPARE(count(test.db(), QStringLiteral("qc_reports")), 2);
+        QCOMPARE(NorrixReportStore().CountReportsNamed(QStringLiteral("Exercise")), 0);
     }
 
     void migratesAnOlderSchemaKeepingItsRows()

@@ -43,6 +43,10 @@ int main(int argc, char** argv)
             line += QStringLiteral(", was %1").arg(outcome.versionBefore);
         if (outcome.demoFilled)
             line += QStringLiteral(", demo data filled");
+        if (outcome.startersAdded > 0)
+            line += outcome.startersAdded == 1
+                        ? QStringLiteral(", 1 starter report definition saved")
+                        : QStringLiteral(", %1 starter report definitions saved").arg(outcome.startersAdded);
         printLine(stdout, line + QStringLiteral("): ") + settings.describe());
     }
     catch (const RuntimeError& error)
