@@ -1,13 +1,22 @@
 #!/usr/bin/env bash
 # Runs the suite's test executable against a throwaway PostgreSQL cluster:
-#   run-postgres.sh <test executable> [test class or Qt Test arguments...]
+#   run-postgres.sh [--password-file] <test executable> [test class or Qt Test arguments...]
 # The cluster lives in a temporary folder, listens only on 127.0.0.1 on a free
 # port, and is stopped and removed when the script ends, whatever happens.
 # The tests find the server through the temporary key file in NORRIX_REGISTRY.
+#
+# With --password-file the server asks every client for a password, the key
+# file holds none, and the password is in the .pgpass file of a temporary HOME
+# (CALVEX_TEST_PGPASS names it), as a laboratory keeps it.
 set -euo pipefail
 
+password_file=""
+if [ "${1:-}" = "--password-file" ]; then
+    password_file=1
+    shift
+fi
 if [ $# -lt 1 ]; then
-    echo "usage: $0 <test executable> [arguments...]" >&2
+    echo "usage: $0 [--password-file] <test executable> [arguments...]" >&2
     exit 2
 fi
 test_exe="$1"
@@ -42,7 +51,15 @@ cleanup() {
 }
 trap cleanup EXIT
 
-"${as_owner[@]}" "$pg_bin/initdb" -D "$work/data" -U "$superuser" --auth=trust --encoding=UTF8 --no-locale \
+auth=(--auth=trust)
+if [ -n "$password_file" ]; then
+    password="pw-$RANDOM$RANDOM"
+    printf '%s\n' "$password" >"$work/password"
+    [ "$(id -u)" -eq 0 ] && chown postgres: "$work/password"
+    auth=(--auth=scram-sha-256 --pwfile="$work/password")
+    export PGPASSWORD="$password" # for the script's own createdb only
+fi
+"${as_owner[@]}" "$pg_bin/initdb" -D "$work/data" -U "$superuser" "${auth[@]}" --encoding=UTF8 --no-locale \
     >"$work/initdb.log" 2>&1 || { cat "$work/initdb.log" >&2; exit 1; }
 
 # A free port: nothing answers on it. Another program may take it before the
@@ -80,6 +97,14 @@ Windows Registry Editor Version 5.00
 "Database Name"="$database"
 "Database User"="$superuser"
 REG
+
+if [ -n "$password_file" ]; then
+    unset PGPASSWORD
+    mkdir -p "$work/home"
+    printf '127.0.0.1:%s:*:%s:%s\n' "$port" "$superuser" "$password" >"$work/home/.pgpass"
+    chmod 600 "$work/home/.pgpass"
+    export HOME="$work/home" CALVEX_TEST_PGPASS="$work/home/.pgpass"
+fi
 
 echo "PostgreSQL $("$pg_bin/postgres" --version | awk '{print $3}') on 127.0.0.1:$port, database $database"
 status=0

@@ -1,0 +1,66 @@
+#include "common/TestMain.h"
+
+#include "SuiteTestDatabase.h"
+#include "platform/RuntimeError.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTest>
+
+// A laboratory's server asks for a password that the key file does not hold:
+// libpq finds it in the user's ~/.pgpass. Runs under
+// "run-postgres.sh --password-file" (the test suite.PostgreSQLPasswordFile).
+class TestPasswordFile : public QObject
+{
+    Q_OBJECT
+
+private:
+    static QString passwordFile() { return qEnvironmentVariable("CALVEX_TEST_PGPASS"); }
+
+private slots:
+    void initTestCase()
+    {
+        if (passwordFile().isEmpty() || !SuiteTestDatabase::onPostgres())
+            QSKIP("Needs a PostgreSQL server that asks for a password: run-postgres.sh --password-file.");
+    }
+
+    void anEmptyPasswordConnectsThroughThePasswordFile()
+    {
+        SuiteTestDatabase test;
+        QVERIFY(test.settings().password.isEmpty());
+        QCOMPARE(test.db().scalar(QStringLiteral("SELECT 6 * 7")).toInt(), 42);
+
+        // The database tool, a program of its own, finds it the same way.
+        SuiteDatabase::closeAllConnections();
+        QProcess tool;
+        tool.start(QDir(qEnvironmentVariable("CALVEX_BIN_DIR", QCoreApplication::applicationDirPath()))
+                       .filePath(QStringLiteral("NorrixDBQuery")),
+                   {QStringLiteral("auto")});
+        QVERIFY(tool.waitForFinished(60000));
+        QVERIFY2(tool.exitCode() == 0, tool.readAllStandardError().constData());
+    }
+
+    void withoutThePasswordFileTheServerRefuses()
+    {
+        const QString hidden = passwordFile() + QStringLiteral(".away");
+        QVERIFY(QFile::rename(passwordFile(), hidden));
+        SuiteDatabase::closeAllConnections();
+        QString message;
+        try
+        {
+            SuiteDatabase db(SuiteSettings::fromRegistry());
+            db.open();
+        }
+        catch (const RuntimeError& error)
+        {
+            message = error.description();
+        }
+        QVERIFY(QFile::rename(hidden, passwordFile()));
+        QVERIFY2(message.contains(QStringLiteral("password"), Qt::CaseInsensitive), qPrintable(message));
+    }
+};
+
+CALVEX_TEST(TestPasswordFile)
+#include "TestPasswordFile.moc"
