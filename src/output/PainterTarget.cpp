@@ -66,6 +66,7 @@ QPainter& PainterTarget::activePainter()
 {
     if (!m_painter.isActive())
     {
+        aboutToPaint();
         if (!m_painter.begin(paintDevice()))
             throw RuntimeError(ErrorNumber::PrinterError, QStringLiteral("PainterTarget"),
                                QStringLiteral("The page could not be drawn on the output device."));
@@ -98,13 +99,12 @@ void PainterTarget::moveOrigin(const QPointF& anchor)
     }
 }
 
-void PainterTarget::endPainting()
+bool PainterTarget::endPainting()
 {
-    if (m_painter.isActive())
-    {
-        drawPending();
-        m_painter.end();
-    }
+    if (!m_painter.isActive())
+        return true;
+    drawPending();
+    return m_painter.end();
 }
 
 void PainterTarget::homePosition()

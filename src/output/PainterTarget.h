@@ -108,8 +108,12 @@ protected:
     // pixels from the page's corner.
     QPainter& painter();
     bool isPainting() const { return m_painter.isActive(); }
+    // Called just before the painter begins on paintDevice(): a subclass
+    // readies what the device writes into.
+    virtual void aboutToPaint() {}
     // Subclasses end the painter in their destructor, while the device lives.
-    void endPainting();
+    // False when the device reported a failure at the end (QPainter::end()).
+    bool endPainting();
     void homePosition();
 
 private:

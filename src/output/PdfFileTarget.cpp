@@ -1,6 +1,7 @@
 #include "output/PdfFileTarget.h"
 
 #include "platform/RuntimeError.h"
+#include "platform/WholeFileWriter.h"
 
 #include <QMarginsF>
 
@@ -11,7 +12,8 @@ constexpr double TwipsPerPoint = 20;
 
 PdfFileTarget::PdfFileTarget(const QString& fileName, const QPageSize& paper, QPageLayout::Orientation orientation,
                              int dotsPerInch)
-    : m_writer(fileName)
+    : m_fileName(fileName)
+    , m_writer(&m_document)
 {
     // Coordinates count from the sheet's corner: no margins.
     QPageLayout layout(paper, orientation, QMarginsF(0, 0, 0, 0));
@@ -46,8 +48,28 @@ void PdfFileTarget::NewPage()
     homePosition();
 }
 
+void PdfFileTarget::aboutToPaint()
+{
+    // Each document starts on an empty buffer.
+    m_document.close();
+    m_document.setData(QByteArray());
+    m_document.open(QIODevice::WriteOnly);
+}
+
 void PdfFileTarget::EndDoc()
 {
-    endPainting();
+    const bool drawn = isPainting();
+    const bool finished = endPainting();
     homePosition();
+    if (!drawn)
+        return;
+    QByteArray document = m_document.data();
+    m_document.close();
+    m_document.setData(QByteArray());
+    if (!finished)
+        throw RuntimeError(ErrorNumber::PrinterError, QStringLiteral("PdfFileTarget"),
+                           QStringLiteral("The PDF document could not be finished."));
+    WholeFileWriter file;
+    file.add(m_fileName, std::move(document));
+    file.write();
 }

@@ -2,6 +2,7 @@
 
 #include "output/PainterTarget.h"
 
+#include <QBuffer>
 #include <QPageLayout>
 #include <QPageSize>
 #include <QPdfWriter>
@@ -11,8 +12,14 @@
 // all. Its pages are those of a PDF printer (PrinterTarget with PDF output)
 // of the same paper, orientation and resolution: the scale is twips over the
 // whole sheet, DrawWidth is in pixels of the resolution given. NewPage starts
-// the next sheet; EndDoc closes the file, and the next drawing after it
-// writes the file anew. Cls does nothing on paper.
+// the next sheet; EndDoc writes the file, and the next drawing after it
+// starts the document anew. Cls does nothing on paper.
+//
+// The file is written whole or not at all: the pages are drawn in memory,
+// and EndDoc hands the finished document to WholeFileWriter. When the file
+// cannot be written, EndDoc throws FileWriteError with the system's reason
+// and the file that was there stays as it was. Nothing drawn, no file: a
+// target that only measured, or that goes before EndDoc, writes nothing.
 class PdfFileTarget final : public PainterTarget
 {
 public:
@@ -35,7 +42,10 @@ public:
 
 protected:
     QPaintDevice* paintDevice() override { return &m_writer; }
+    void aboutToPaint() override;
 
 private:
+    QString m_fileName;
+    QBuffer m_document; // the PDF as drawn so far; the writer writes into it
     QPdfWriter m_writer;
 };

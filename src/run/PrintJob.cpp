@@ -1,7 +1,9 @@
 #include "run/PrintJob.h"
 
+#include "output/PdfFileTarget.h"
 #include "output/PrinterTarget.h"
 #include "output/modPrintReport.h"
+#include "platform/FileWriteError.h"
 #include "platform/MessageService.h"
 #include "platform/modResource.h"
 #include "widgets/FileDialogService.h"
@@ -16,6 +18,7 @@ namespace
 constexpr qint16 SaveCaptionText = 4126;
 constexpr qint16 SavedToText = 4127;
 constexpr qint16 PdfFilterText = 4128;
+constexpr qint16 NotSavedText = 4129;
 constexpr qint16 MsgTitleText = 4052;
 constexpr qint16 DefaultNameText = 4087; // "QC Report", when a request names nothing
 
@@ -34,10 +37,13 @@ QString FileNamePart(const QString& text)
 } // namespace
 
 PrintJob::PrintJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName)
-    : m_info(info)
+    : m_target(target)
+    , m_info(info)
     , m_definitionName(definitionName)
     , m_pdfPrinter(IsPdfPrinter(target) ? dynamic_cast<PrinterTarget*>(&target) : nullptr)
 {}
+
+PrintJob::~PrintJob() = default;
 
 bool PrintJob::begin()
 {
@@ -58,18 +64,42 @@ bool PrintJob::begin()
         chosen += QStringLiteral(".pdf");
 
     m_fileName = QFileInfo(chosen).absoluteFilePath();
-    m_pdfPrinter->printer().setOutputFileName(m_fileName);
+    // The pages of the PDF printer, on its paper and at its resolution (so
+    // text measures as on the printer, and a preview's table pages stay as
+    // laid out), written to the file whole or not at all.
+    const QPrinter& printer = m_pdfPrinter->printer();
+    const QPageLayout layout = printer.pageLayout();
+    m_file = std::make_unique<PdfFileTarget>(m_fileName, layout.pageSize(), layout.orientation(), printer.resolution());
     m_begun = true;
     return true;
 }
 
-void PrintJob::finish()
+bool PrintJob::print(const std::function<void(OutputTarget&)>& printPages)
 {
-    if (!m_begun || !m_pdfPrinter)
-        return;
+    if (!m_begun)
+        return false;
     m_begun = false;
-    MsgBox(GetResourceText(SavedToText) + QLatin1Char('\n') + QDir::toNativeSeparators(m_fileName),
-           MsgStyle::Information, GetResourceText(MsgTitleText));
+    if (!m_file)
+    {
+        printPages(m_target);
+        return true;
+    }
+
+    const std::unique_ptr<PdfFileTarget> file = std::move(m_file);
+    const QString path = QDir::toNativeSeparators(m_fileName);
+    try
+    {
+        printPages(*file);
+    }
+    catch (const FileWriteError& error)
+    {
+        MsgBox(GetResourceText(NotSavedText) + QLatin1Char('\n') + path + QLatin1Char('\n') + error.description(),
+               MsgStyle::Exclamation, GetResourceText(MsgTitleText));
+        return false;
+    }
+    MsgBox(GetResourceText(SavedToText) + QLatin1Char('\n') + path, MsgStyle::Information,
+           GetResourceText(MsgTitleText));
+    return true;
 }
 
 bool PrintJob::IsPdfPrinter(const OutputTarget& target)
@@ -119,9 +149,7 @@ bool PrintReportJob(OutputTarget& target, const ReportInfo& info, const QString&
     PrintJob job(target, info, definitionName);
     if (!job.begin())
         return false;
-    PrintPreparedReport(target, report);
-    job.finish();
-    return true;
+    return job.print([&report](OutputTarget& pages) { PrintPreparedReport(pages, report); });
 }
 
 bool PrintPreviewedReportJob(OutputTarget& target, PreparedReport& report, const QString& definitionName)
@@ -129,7 +157,5 @@ bool PrintPreviewedReportJob(OutputTarget& target, PreparedReport& report, const
     PrintJob job(target, report.Info, definitionName);
     if (!job.begin())
         return false;
-    PrintPreviewedReport(target, report);
-    job.finish();
-    return true;
+    return job.print([&report](OutputTarget& pages) { PrintPreviewedReport(pages, report); });
 }

@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <QLoggingCategory>
 #include <QScopedValueRollback>
 #include <QStringList>
 #include <QtDebug>
@@ -22,6 +23,10 @@ static void initTableResource()
 
 namespace
 {
+// A translation file's faults are the program's own warnings: programs
+// that keep Qt's messages out (the batch renderer) still pass these on.
+Q_LOGGING_CATEGORY(lcStringTable, "calvex.strings")
+
 // A registry read that fails raises an error whose source is one of our own
 // texts, and fetching that text creates a string server in turn. While one
 // server reads the registry, the ones made meanwhile do not read it again.
@@ -110,7 +115,7 @@ void NorrixStrings::parseTable(const QString& text, const QString& sourceName, Q
         const int id = isDigits(number) && number.size() <= 5 ? number.toInt() : -1;
         if (id < 0 || id > 32767 || entry.isEmpty())
         {
-            qWarning().noquote()
+            qCWarning(lcStringTable).noquote()
                 << QStringLiteral("%1:%2: not \"<number><tab><text>\", line ignored").arg(sourceName).arg(i + 1);
             continue;
         }
@@ -123,7 +128,8 @@ void NorrixStrings::loadTable(const QString& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
     {
-        qWarning().noquote() << QStringLiteral("%1: text table not read: %2").arg(path, file.errorString());
+        qCWarning(lcStringTable).noquote()
+            << QStringLiteral("%1: text table not read: %2").arg(path, file.errorString());
         return;
     }
     parseTable(QString::fromUtf8(file.readAll()), path, m_texts);

@@ -69,7 +69,7 @@ private slots:
         QVERIFY(!page.isEmpty());
         NorrixStrings strings(QString{});
         for (qint16 id : {4055, 4056, 4057, 4060, 4061, 4062, 4064, 4075, 4076, 4077, 4078, 4079, 4080, 4081,
-                          4082, 4086, 4091, 4102, 4111, 4115, 4116, 4117, 4118, 4122, 4123, 4124, 4125})
+                          4082, 4086, 4091, 4102, 4111, 4115, 4116, 4117, 4118, 4122, 4123, 4124, 4125, 4129})
         {
             const QString text = strings.GetText(id);
             QVERIFY2(!text.isEmpty(), qPrintable(QString::number(id)));

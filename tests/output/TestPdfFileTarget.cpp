@@ -2,8 +2,9 @@
 #include "common/TestMain.h"
 #include "output/PdfFileTarget.h"
 #include "output/PrinterTarget.h"
-#include "platform/RuntimeError.h"
+#include "platform/FileWriteError.h"
 
+#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QPrinter>
@@ -12,7 +13,6 @@
 #include <QTest>
 
 #include <algorithm>
-#include <functional>
 #include <memory>
 
 namespace
@@ -227,27 +227,60 @@ private slots:
         CheckDrawingAfterEndDocStartsAnew(target, file);
     }
 
-    void anUnwritableFileRaisesAPrinterError()
+    void theFileIsWrittenAtEndDocOnly()
+    {
+        // The pages are drawn in memory: until EndDoc the file that was
+        // there is untouched, and a target that goes before EndDoc leaves it.
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("report.pdf"));
+        {
+            QFile earlier(file);
+            QVERIFY(earlier.open(QIODevice::WriteOnly));
+            earlier.write("earlier report");
+        }
+        const auto contents = [&file] {
+            QFile read(file);
+            return read.open(QIODevice::ReadOnly) ? read.readAll() : QByteArray();
+        };
+        {
+            PdfFileTarget target(file, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
+            target.Print(QStringLiteral("first page"));
+            target.NewPage();
+            target.Print(QStringLiteral("second page"));
+            QCOMPARE(contents(), QByteArray("earlier report"));
+        }
+        QCOMPARE(contents(), QByteArray("earlier report"));
+
+        PdfFileTarget target(file, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
+        target.Print(QStringLiteral("first page"));
+        target.NewPage();
+        QCOMPARE(contents(), QByteArray("earlier report"));
+        target.EndDoc();
+        QVERIFY(contents().startsWith("%PDF-"));
+        QVERIFY(contents().endsWith("%%EOF\n"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("report.pdf")});
+    }
+
+    void anUnwritableFileFailsAtEndDocWithTheReason()
     {
         QTemporaryDir dir;
-        PdfFileTarget target(dir.filePath(QStringLiteral("no such folder/report.pdf")), QPageSize(QPageSize::Letter),
-                             QPageLayout::Portrait);
+        const QString file = dir.filePath(QStringLiteral("no such folder/report.pdf"));
+        PdfFileTarget target(file, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
         QVERIFY(target.TextWidth(QStringLiteral("X")) > 0);
-        const std::function<void()> drawings[] = {[&] { target.Line(0, 0, 1440, 1440); },
-                                                  [&] { target.Print(QStringLiteral("X")); },
-                                                  [&] { target.NewPage(); }};
-        for (const std::function<void()>& draw : drawings)
+        target.Line(0, 0, 1440, 1440);
+        target.Print(QStringLiteral("X"));
+        target.NewPage();
+        try
         {
-            try
-            {
-                draw();
-                QFAIL("drawing on a PDF file that cannot be written did not raise");
-            }
-            catch (const RuntimeError& error)
-            {
-                QCOMPARE(error.number(), ErrorNumber::PrinterError);
-            }
+            target.EndDoc();
+            QFAIL("a PDF file that cannot be written did not raise at EndDoc");
         }
+        catch (const FileWriteError& error)
+        {
+            QCOMPARE(error.fileName(), file);
+            QCOMPARE(error.description(), QStringLiteral("No such file or directory"));
+        }
+        QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
     }
 };
 

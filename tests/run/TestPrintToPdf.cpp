@@ -1,5 +1,6 @@
 #include "RenderFixture.h"
 #include "common/ScopedRegistryFile.h"
+#include "common/ScopedTmpfs.h"
 #include "common/TestMain.h"
 
 #include "output/modPrintGlobals.h"
@@ -15,6 +16,7 @@
 #include "widgets/RecordingFileDialogService.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QPrinterInfo>
 #include <QRegularExpression>
@@ -49,6 +51,12 @@ int UnusedLoopbackPort()
     return port;
 }
 
+QByteArray Contents(const QString& fileName)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 // The demo definition "Spirometry" for QC001 over the first half of 2024.
 ReportInfo SpirometryRequest(const QString& from = QStringLiteral("01/01/2024"))
 {
@@ -78,6 +86,17 @@ class TestPrintToPdf : public QObject
         QDir dir(m_documents);
         for (const QString& name : dir.entryList(QDir::Files))
             dir.remove(name);
+    }
+
+    // The box of a file that could not be saved, and no word of a saved one.
+    static void checkNotSaved(const RecordingMessageService& boxes, const QString& file, const QString& reason)
+    {
+        QCOMPARE(boxes.count(), 1);
+        QCOMPARE(boxes.last().style, 48);
+        QCOMPARE(boxes.last().title, GetResourceText(4052));
+        QCOMPARE(boxes.last().text, GetResourceText(4129) + QLatin1Char('\n') + file + QLatin1Char('\n') + reason);
+        QCOMPARE(GetResourceText(4129), QStringLiteral("The QC report could not be saved to"));
+        QVERIFY(!boxes.last().text.contains(GetResourceText(4127)));
     }
 
 private slots:
@@ -270,6 +289,80 @@ private slots:
         QVERIFY(QFileInfo(file).size() > 0);
         QCOMPARE(boxes.count(), 1);
         QVERIFY(boxes.last().text.endsWith(QLatin1Char('\n') + file));
+    }
+
+    void aFullDiskKeepsTheEarlierReport()
+    {
+        ScopedTmpfs disk(1024 * 1024);
+        if (!disk.mounted())
+            QSKIP(qPrintable(QStringLiteral("no full file system to test on: ") + disk.whyNot()));
+        const QString file = disk.filePath(QStringLiteral("QC001 half year.pdf"));
+        {
+            RecordingMessageService boxes;
+            RecordingFileDialogService dialogs;
+            dialogs.queueAnswer(file);
+            QVERIFY(PrintReportJob(*SystemPrinter(), SpirometryRequest(QStringLiteral("04/01/2024")),
+                                   QStringLiteral("Spirometry"), false));
+            QCOMPARE(boxes.last().style, 64);
+        }
+        const QByteArray earlier = Contents(file);
+        QVERIFY(earlier.endsWith("%%EOF\n"));
+        QVERIFY(disk.fill());
+        const QStringList before = disk.entries();
+
+        // The main window's Print, then the preview's.
+        {
+            RecordingMessageService boxes;
+            RecordingFileDialogService dialogs;
+            dialogs.queueAnswer(file);
+            QVERIFY(!PrintReportJob(*SystemPrinter(), SpirometryRequest(), QStringLiteral("Spirometry"), false));
+            checkNotSaved(boxes, file, QStringLiteral("No space left on device"));
+        }
+        QVERIFY(Contents(file) == earlier);
+        QCOMPARE(disk.entries(), before);
+        {
+            const std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+            PreparedReport report;
+            QVERIFY(PrepareReportPreview(*printer, SpirometryRequest(), false, report));
+            RecordingMessageService boxes;
+            RecordingFileDialogService dialogs;
+            dialogs.queueAnswer(file);
+            QVERIFY(!PrintPreviewedReportJob(*printer, report, QStringLiteral("Spirometry")));
+            checkNotSaved(boxes, file, QStringLiteral("No space left on device"));
+        }
+        QVERIFY(Contents(file) == earlier);
+        QCOMPARE(disk.entries(), before);
+    }
+
+    void aReadOnlyFolderKeepsTheEarlierReport()
+    {
+        ScopedTmpfs disk(1024 * 1024);
+        if (!disk.mounted())
+            QSKIP(qPrintable(QStringLiteral("no read-only file system to test on: ") + disk.whyNot()));
+        const QString file = disk.filePath(QStringLiteral("QC001 half year.pdf"));
+        {
+            RecordingMessageService boxes;
+            RecordingFileDialogService dialogs;
+            dialogs.queueAnswer(file);
+            QVERIFY(PrintReportJob(*SystemPrinter(), SpirometryRequest(QStringLiteral("04/01/2024")),
+                                   QStringLiteral("Spirometry"), false));
+        }
+        const QByteArray earlier = Contents(file);
+        QVERIFY(!earlier.isEmpty());
+        // Root writes into any folder: read-only it is the file system's own doing.
+        QVERIFY(disk.remountReadOnly());
+        const QStringList before = disk.entries();
+
+        for (const QString& chosen : {file, disk.filePath(QStringLiteral("new.pdf"))})
+        {
+            RecordingMessageService boxes;
+            RecordingFileDialogService dialogs;
+            dialogs.queueAnswer(chosen);
+            QVERIFY(!PrintReportJob(*SystemPrinter(), SpirometryRequest(), QStringLiteral("Spirometry"), false));
+            checkNotSaved(boxes, chosen, QStringLiteral("Read-only file system"));
+        }
+        QVERIFY(Contents(file) == earlier);
+        QCOMPARE(disk.entries(), before);
     }
 
     void thePreviewsPrintAsksTheSame()

@@ -54,9 +54,21 @@ RenderFixture::Result RenderFixture::render(const QStringList& arguments) const
     return run(buildProgram(QStringLiteral("calvex-qc-render")), arguments);
 }
 
+RenderFixture::Result RenderFixture::render(const QStringList& arguments, const QProcessEnvironment& environment) const
+{
+    return run(buildProgram(QStringLiteral("calvex-qc-render")), arguments, environment);
+}
+
 RenderFixture::Result RenderFixture::run(const QString& program, const QStringList& arguments)
 {
+    return run(program, arguments, QProcessEnvironment::systemEnvironment());
+}
+
+RenderFixture::Result RenderFixture::run(const QString& program, const QStringList& arguments,
+                                         const QProcessEnvironment& environment)
+{
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.start(program, arguments);
     Result result;
     if (!process.waitForStarted(kTimeoutMs))

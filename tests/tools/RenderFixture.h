@@ -4,6 +4,7 @@
 #include "components/ReportInfo.h"
 
 #include <QImage>
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -37,8 +38,11 @@ public:
 
     // Runs calvex-qc-render with arguments; waits up to a minute.
     Result render(const QStringList& arguments) const;
+    // The same in exactly the environment given (nothing of the test's own).
+    Result render(const QStringList& arguments, const QProcessEnvironment& environment) const;
     // Runs a program of the build (bin folder) or of the system.
     static Result run(const QString& program, const QStringList& arguments);
+    static Result run(const QString& program, const QStringList& arguments, const QProcessEnvironment& environment);
     static QString buildProgram(const QString& name);
 
     // The request the program makes for a saved definition, read from the

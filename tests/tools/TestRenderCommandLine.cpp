@@ -236,13 +236,21 @@ private slots:
         QVERIFY(RenderFixture::pdfPages(out()).first().contains(QStringLiteral("Adam Q Control")));
     }
 
-    void helpShowsTheUsage()
+    void helpShowsTheUsageAndTheExitStatuses()
     {
+        // The statuses the other tests see: 0 written, 1 refused or not
+        // written, 2 a bad command line.
+        const QString help = kUsage + QStringLiteral("\n\n"
+                                                     "Exit status:\n"
+                                                     "  0  the report was written\n"
+                                                     "  1  the report could not be rendered or written (the reason "
+                                                     "is on stderr)\n"
+                                                     "  2  the command line is wrong (usage error)\n");
         for (const QString& option : {QStringLiteral("--help"), QStringLiteral("-h")})
         {
             const RenderFixture::Result result = render({option});
             QCOMPARE(result.exitCode, 0);
-            QCOMPARE(result.out, kUsage + QLatin1Char('\n'));
+            QCOMPARE(result.out, help);
             QCOMPARE(result.err, QString());
         }
     }

@@ -41,6 +41,15 @@ QString RenderOptions::usage()
                           "--to MM/DD/YYYY [--si] (--out FILE.pdf | --png-dir DIR)");
 }
 
+QString RenderOptions::help()
+{
+    return usage() + QStringLiteral("\n\n"
+                                    "Exit status:\n"
+                                    "  0  the report was written\n"
+                                    "  1  the report could not be rendered or written (the reason is on stderr)\n"
+                                    "  2  the command line is wrong (usage error)\n");
+}
+
 RenderOptions RenderOptions::parse(const QStringList& arguments)
 {
     const QCommandLineOption tab(QStringLiteral("tab"), QString(), QStringLiteral("PF|GX"));

@@ -24,7 +24,11 @@ struct RenderOptions
     QDate today;          // --today; invalid = the real date
     bool helpRequested = false;
 
+    // The usage line, printed after a bad command line.
     static QString usage();
+    // What --help prints: the usage line and the exit statuses, lines ended
+    // with line breaks.
+    static QString help();
     // "PF" or "GX".
     static QString tabName(qint16 tab) { return tab == 0 ? QStringLiteral("PF") : QStringLiteral("GX"); }
 

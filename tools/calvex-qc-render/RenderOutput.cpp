@@ -4,10 +4,11 @@
 #include "output/PdfFileTarget.h"
 #include "output/PictureTarget.h"
 #include "output/modPrintReport.h"
+#include "platform/FileWriteError.h"
+#include "platform/WholeFileWriter.h"
 
+#include <QBuffer>
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QPageSize>
 
 namespace
@@ -23,25 +24,26 @@ const QPageSize kPaper(QPageSize::Letter);
     throw RenderFailure{message, false};
 }
 
-// Opening the file for writing tells why it cannot be written before any
-// page is drawn; the printer itself would only draw nothing.
-void requireWritableFile(const QString& fileName)
+[[noreturn]] void refuseFile(const FileWriteError& error)
 {
-    QFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        refuse(QStringLiteral("cannot write %1: %2").arg(fileName, file.errorString()));
+    refuse(QStringLiteral("cannot write %1: %2").arg(error.fileName(), error.description()));
 }
 } // namespace
 
 qint32 WritePdf(PreparedReport& report, const QString& fileName)
 {
-    requireWritableFile(fileName);
     // The pages of the program's PDF printer, written without the print
-    // system: a scheduled run starts faster and in less memory.
+    // system: a scheduled run starts faster and in less memory. The file is
+    // written at EndDoc, whole or not at all.
     PdfFileTarget target(fileName, kPaper, QPageLayout::Portrait);
-    PrintPreparedReport(target, report);
-    if (QFileInfo(fileName).size() == 0)
-        refuse(QStringLiteral("no page could be written to %1").arg(fileName));
+    try
+    {
+        PrintPreparedReport(target, report);
+    }
+    catch (const FileWriteError& error)
+    {
+        refuseFile(error);
+    }
     return ReportPageCount(report);
 }
 
@@ -53,13 +55,28 @@ qint32 WritePngPages(PreparedReport& report, const QString& folder)
     PictureTarget picture(points.width() * kTwipsPerPoint, points.height() * kTwipsPerPoint, kPngDotsPerInch);
     SetUpReportTablePages(picture, report);
     const qint32 pages = ReportPageCount(report);
+    // Every page is encoded first and the pages are written together: a
+    // failure leaves every page file of the folder as it was.
+    WholeFileWriter files;
     for (qint32 page = 1; page <= pages; ++page)
     {
         DrawReportPage(picture, report, page);
         const QString fileName =
             QDir(folder).filePath(QStringLiteral("page-%1.png").arg(page, 3, 10, QLatin1Char('0')));
-        if (!picture.image().save(fileName, "PNG"))
-            refuse(QStringLiteral("cannot write %1").arg(fileName));
+        QByteArray png;
+        QBuffer buffer(&png);
+        buffer.open(QIODevice::WriteOnly);
+        if (!picture.image().save(&buffer, "PNG"))
+            refuse(QStringLiteral("cannot write %1: the page could not be encoded as PNG").arg(fileName));
+        files.add(fileName, std::move(png));
+    }
+    try
+    {
+        files.write();
+    }
+    catch (const FileWriteError& error)
+    {
+        refuseFile(error);
     }
     return pages;
 }

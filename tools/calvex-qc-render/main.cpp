@@ -2,8 +2,8 @@
 // subject and period, with the same request, store calls and page layouts as
 // the program's Print, to a PDF file or to PNG pages. Exit status 0 on
 // success (with one line saying where the output is), 1 when the report
-// cannot be rendered and 2 for a bad command line; every failure is one line
-// on stderr.
+// cannot be rendered or written and 2 for a bad command line; every failure
+// is one line on stderr, and stderr holds nothing but the renderer's lines.
 
 #include "RenderFailure.h"
 #include "RenderOptions.h"
@@ -18,13 +18,17 @@
 #include "suite/SuiteSettings.h"
 #include "suite/SuiteSetup.h"
 
+#include <QByteArrayView>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QTextStream>
 
+#include <exception>
+
 namespace
 {
+constexpr int kExitWritten = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitBadCommandLine = 2;
 
@@ -32,6 +36,20 @@ void printLine(FILE* stream, QString text)
 {
     text.replace(QLatin1Char('\n'), QLatin1Char(' '));
     QTextStream(stream) << text << Qt::endl;
+}
+
+// What Qt and its plug-ins say for themselves (no runtime folder, a locale
+// that is not UTF-8, a font or image codec's complaint) is not the
+// renderer's to report: a scheduled run's stderr holds only the renderer's
+// own lines. The program's own warnings (categories "calvex.*") are lines of
+// the renderer; a fatal message ends the run and is said before it does.
+// The PNG pages are encoded in memory, so libpng, which prints its own
+// errors, never meets a failing file.
+void keepQtMessagesOut(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    const bool ours = context.category && QByteArrayView(context.category).startsWith("calvex.");
+    if (ours || type == QtFatalMsg)
+        printLine(stderr, QStringLiteral("calvex-qc-render: ") + message);
 }
 
 [[noreturn]] void refuse(const QString& message)
@@ -67,8 +85,8 @@ int render(const QStringList& arguments)
     const RenderOptions options = RenderOptions::parse(arguments);
     if (options.helpRequested)
     {
-        printLine(stdout, RenderOptions::usage());
-        return 0;
+        QTextStream(stdout) << RenderOptions::help() << Qt::flush;
+        return kExitWritten;
     }
     if (options.today.isValid())
         Clock::pin(QDateTime(options.today, QTime(12, 0)));
@@ -96,19 +114,21 @@ int render(const QStringList& arguments)
                               .arg(QDir::toNativeSeparators(QDir(options.pngFolder).absolutePath()))
                               .arg(pages, 3, 10, QLatin1Char('0')));
     }
-    return 0;
+    return kExitWritten;
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
+    // Before the application object: its start-up has things to say too.
+    qInstallMessageHandler(keepQtMessagesOut);
     // A batch renderer shows no window; it needs no display.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("calvex-qc-render"));
 
-    int status = 0;
+    int status = kExitWritten;
     try
     {
         status = render(QCoreApplication::arguments().mid(1));
@@ -123,6 +143,12 @@ int main(int argc, char** argv)
     catch (const RuntimeError& error)
     {
         printLine(stderr, QStringLiteral("calvex-qc-render: ") + error.description());
+        status = kExitFailed;
+    }
+    catch (const std::exception& error)
+    {
+        // Out of memory and the like: still one line and a run-time failure.
+        printLine(stderr, QStringLiteral("calvex-qc-render: ") + QString::fromLocal8Bit(error.what()));
         status = kExitFailed;
     }
     SuiteDatabase::closeAllConnections();
