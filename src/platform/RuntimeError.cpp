@@ -5,5 +5,10 @@ RuntimeError::RuntimeError(qint32 number, QString source, QString description)
     , m_number(number)
     , m_source(std::move(source))
     , m_description(std::move(description))
+{}
+
+void RaiseObjectNotSet(const QString& source)
 {
+    throw RuntimeError(ErrorNumber::ObjectNotSet, source,
+                       QStringLiteral("Object variable or With block variable not set"));
 }

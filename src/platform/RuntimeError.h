@@ -28,6 +28,7 @@ namespace ErrorNumber
 constexpr qint32 Overflow = 6;
 constexpr qint32 SubscriptOutOfRange = 9;
 constexpr qint32 TypeMismatch = 13;
+constexpr qint32 ObjectNotSet = 91;
 constexpr qint32 InvalidPropertyValue = 380;
 constexpr qint32 CannotCreateComponent = 429;
 constexpr qint32 PrinterError = 484;
@@ -37,3 +38,6 @@ constexpr qint32 NoCurrentRecord = 3021;
 constexpr qint32 ItemNotFound = 3265;
 constexpr qint32 ObjectClosed = 3704;
 } // namespace ErrorNumber
+
+// The error of a component that handed back no object where one was due.
+[[noreturn]] void RaiseObjectNotSet(const QString& source);

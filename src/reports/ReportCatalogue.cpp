@@ -8,6 +8,7 @@
 #include "platform/RuntimeError.h"
 #include "platform/VbConversions.h"
 #include "reports/SIUnitSetting.h"
+#include "reports/VariableGridCells.h"
 #include "widgets/ComboList.h"
 
 #include <memory>
@@ -120,14 +121,11 @@ bool ReportTabsPanel::ApplyTableToAllVariables(int Index)
     QComboBox* table = cboTable[0];
     if (grid->Rows() < 3)
         return true;
-    if (grid->TextMatrix(1, 0) == table->currentText())
+    if (VariableGridCells::TableName(*grid, 1) == table->currentText())
         return true;
-    const QString tableId = QString::number(ComboList::ItemData(table, table->currentIndex()));
-    for (int r = 1; r <= grid->Rows() - 2; ++r)
-    {
-        grid->SetTextMatrix(r, 0, table->currentText());
-        grid->SetTextMatrix(r, 5, tableId);
-    }
+    const qint32 tableId = ComboList::ItemData(table, table->currentIndex());
+    for (int r = 1; r <= VariableGridCells::RowCount(*grid); ++r)
+        VariableGridCells::SetTable(*grid, r, table->currentText(), tableId);
     m_host.SetReportDirty(0, true);
     return true;
 }

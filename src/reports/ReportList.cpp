@@ -10,6 +10,7 @@
 #include "platform/VbConversions.h"
 #include "platform/modResource.h"
 #include "reports/SIUnitSetting.h"
+#include "reports/VariableGridCells.h"
 #include "widgets/ComboList.h"
 
 #include <QSignalBlocker>
@@ -18,7 +19,6 @@
 
 namespace
 {
-constexpr qint32 ObjectNotSet = 91;
 constexpr qint32 NoSuchControlArrayElement = 340;
 
 [[noreturn]] void noSuchTab(qint32 tab, const char* where)
@@ -28,7 +28,7 @@ constexpr qint32 NoSuchControlArrayElement = 340;
 }
 
 // The parameter-row fields in grid column order.
-const char* const kParameterFields[ReportTabsPanel::GridCols] = {
+const char* const kParameterFields[VariableGridCells::ColumnCount] = {
     "QCUserName", "ParamsUserName", "ParamsUnit", "ShowInGraph", "ShowInTable", "QCTableID", "ParamsDefID", "Decimal"};
 
 // Trim(value & ""), with a Boolean written "True" or "False".
@@ -52,8 +52,7 @@ void ReportTabsPanel::ListSavedReports()
     auto store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
     RecordsetPtr rs = store->ListReports();
     if (!rs)
-        throw RuntimeError(ObjectNotSet, QStringLiteral("ListSavedReports"),
-                           QStringLiteral("Object variable or With block variable not set"));
+        RaiseObjectNotSet(QStringLiteral("ListSavedReports"));
     try
     {
         while (!rs->IsEOF())
@@ -172,8 +171,10 @@ void ReportTabsPanel::LoadReportParameters(int Index, Recordset& rs)
     {
         grid->SetRows(grid->Rows() + 1);
         const int row = grid->Rows() - 2;
-        for (int c = 0; c < GridCols; ++c)
-            grid->SetTextMatrix(row, c, cellText(rs.Value(QLatin1String(kParameterFields[c]))));
+        std::array<QString, VariableGridCells::ColumnCount> texts;
+        for (int c = 0; c < VariableGridCells::ColumnCount; ++c)
+            texts[std::size_t(c)] = cellText(rs.Value(QLatin1String(kParameterFields[c])));
+        VariableGridCells::WriteTexts(*grid, row, texts);
         grid->SetRow(row);
         grid->SetCol(2);
         grid->SetCellAlignment(FlexGrid::flexAlignLeftCenter);

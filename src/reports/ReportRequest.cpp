@@ -4,7 +4,7 @@
 
 #include "components/UniqueVarNames.h"
 #include "platform/RuntimeError.h"
-#include "platform/VbConversions.h"
+#include "reports/VariableGridCells.h"
 
 qint32 ReportTabsPanel::BuildReportInfo(qint16 tab, ReportInfo& info) const
 {
@@ -12,8 +12,7 @@ qint32 ReportTabsPanel::BuildReportInfo(qint16 tab, ReportInfo& info) const
         throw RuntimeError(ErrorNumber::SubscriptOutOfRange, QStringLiteral("BuildReportInfo"),
                            QStringLiteral("Subscript out of range"));
     const FlexGrid* grid = msfgVariable[std::size_t(tab)];
-    // Row 0 is the header and the last row is the blank one.
-    const qint32 n = grid->Rows() - 2;
+    const qint32 n = VariableGridCells::RowCount(*grid);
     if (n <= 0)
         return 0;
 
@@ -29,18 +28,16 @@ qint32 ReportTabsPanel::BuildReportInfo(qint16 tab, ReportInfo& info) const
     UniqueVarNames names;
     for (qint32 r = 1; r <= n; ++r)
     {
+        const SelectedVariable row = VariableGridCells::Read(*grid, r);
         ReportVariable& variable = info.Variables[r - 1];
-        const bool showInGraph = grid->TextMatrix(r, 3) == QLatin1String("True");
-        const bool showInTable = grid->TextMatrix(r, 4) == QLatin1String("True");
-        const QString varName = names.MakeUnique(grid->TextMatrix(r, 1));
-        variable.TableID = ToWholeNumber(grid->TextMatrix(r, 5));
-        variable.TableName = grid->TextMatrix(r, 0);
-        variable.ParamsDefID = ToWholeNumber(grid->TextMatrix(r, 6));
-        variable.VarName = varName;
-        variable.Unit = grid->TextMatrix(r, 2);
-        variable.ShowInGraph = showInGraph;
-        variable.ShowInTable = showInTable;
-        variable.DecimalPlaces = ToWholeNumber(grid->TextMatrix(r, 7));
+        variable.TableID = row.TableID;
+        variable.TableName = row.Table;
+        variable.ParamsDefID = row.VarID;
+        variable.VarName = names.MakeUnique(row.Variable);
+        variable.Unit = row.Unit;
+        variable.ShowInGraph = row.ShowInGraph;
+        variable.ShowInTable = row.ShowInTable;
+        variable.DecimalPlaces = row.DecimalPlaces;
     }
     return n;
 }

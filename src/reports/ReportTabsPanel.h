@@ -3,6 +3,7 @@
 #include "components/ReportInfo.h"
 #include "platform/Recordset.h"
 #include "reports/MainWindowHost.h"
+#include "reports/VariableGridCells.h"
 #include "widgets/FlexGrid.h"
 
 #include <QCheckBox>
@@ -36,7 +37,7 @@ class ReportTabsPanel final : public QWidget
 
 public:
     static constexpr int TabCount = 2;
-    static constexpr int GridCols = 8;
+    static constexpr int GridCols = VariableGridCells::ColumnCount;
 
     explicit ReportTabsPanel(MainWindowHost& host, QWidget* parent = nullptr);
 
@@ -125,6 +126,8 @@ public:
     void AddOrUpdateVariable(int Index, bool blnAdd);
     // Rows shown in the graph or in the table.
     qint32 CountSelectedVariables(qint16 Index) const;
+    // Rows shown in the graph, and rows shown in the table.
+    std::array<qint32, 2> CountShownVariables(qint16 Index) const;
 
     // The report request of tab: its grid's rows (names made unique), the
     // subject and the date boxes. The number of variables put in; 0 leaves

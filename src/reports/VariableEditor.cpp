@@ -6,6 +6,7 @@
 #include "platform/RuntimeError.h"
 #include "platform/VbConversions.h"
 #include "platform/modResource.h"
+#include "reports/VariableGridCells.h"
 #include "widgets/ComboList.h"
 #include "widgets/FindComboItem.h"
 
@@ -15,19 +16,6 @@ namespace
 {
 constexpr int kFlagColumnWidth = 630; // twips, the graph and table columns
 
-// A grid cell read as a Boolean: "True"/"False" in any case, or a number
-// (non-zero is true); anything else is a type mismatch.
-bool cellBoolean(const QString& text)
-{
-    if (text.compare(QLatin1String("True"), Qt::CaseInsensitive) == 0)
-        return true;
-    if (text.compare(QLatin1String("False"), Qt::CaseInsensitive) == 0)
-        return false;
-    if (IsNumeric(text))
-        return ToDouble(text) != 0;
-    throw RuntimeError(ErrorNumber::TypeMismatch, QStringLiteral("CountSelectedTotals"),
-                       QStringLiteral("Type mismatch"));
-}
 } // namespace
 
 void ReportTabsPanel::PrepareGrid(int Index)
@@ -37,7 +25,7 @@ void ReportTabsPanel::PrepareGrid(int Index)
     grid->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     grid->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     // The identity columns travel with the rows but are never shown.
-    for (int c = 5; c < GridCols; ++c)
+    for (int c = VariableGridCells::TableIdColumn; c < GridCols; ++c)
         grid->setColumnHidden(c, true);
     for (int c = 0; c < GridCols; ++c)
         grid->SetTextMatrix(0, c, GetResourceText(qint16(4067 + c)));
@@ -63,14 +51,14 @@ bool ReportTabsPanel::ShowSelectedVariable(int Index, int Row)
     grid->SetColSel(GridCols - 1);
 
     ComboList::SetListIndex(cboVariable[Index],
-                            FindComboItem(cboVariable[Index], ToWholeNumber(grid->TextMatrix(Row, 6)), true, false));
+                            FindComboItem(cboVariable[Index], VariableGridCells::VarID(*grid, Row), true, false));
     ComboList::SetListIndex(cboVarUnits[Index],
-                            FindComboItem(cboVarUnits[Index], grid->TextMatrix(Row, 2), false, false));
+                            FindComboItem(cboVarUnits[Index], VariableGridCells::Unit(*grid, Row), false, false));
     ComboList::SetListIndex(cboTable[Index],
-                            FindComboItem(cboTable[Index], ToWholeNumber(grid->TextMatrix(Row, 5)), true, false));
+                            FindComboItem(cboTable[Index], VariableGridCells::TableID(*grid, Row), true, false));
 
-    chkShowIn[2 * Index]->setChecked(grid->TextMatrix(Row, 3) == QLatin1String("True"));
-    chkShowIn[2 * Index + 1]->setChecked(grid->TextMatrix(Row, 4) == QLatin1String("True"));
+    chkShowIn[2 * Index]->setChecked(VariableGridCells::InGraph(*grid, Row));
+    chkShowIn[2 * Index + 1]->setChecked(VariableGridCells::InTable(*grid, Row));
 
     UpdateVariableButtons(Index);
     return true;
@@ -96,15 +84,7 @@ void ReportTabsPanel::UpdateVariableButtons(int Index)
 
 void ReportTabsPanel::CountSelectedTotals(int Index, std::array<qint32, 2>& Counts)
 {
-    const FlexGrid* grid = msfgVariable[Index];
-    Counts = {0, 0};
-    for (int r = 1; r <= grid->Rows() - 2; ++r)
-    {
-        if (cellBoolean(grid->TextMatrix(r, 3)))
-            ++Counts[0];
-        if (cellBoolean(grid->TextMatrix(r, 4)))
-            ++Counts[1];
-    }
+    Counts = VariableGridCells::CountAsBooleans(*msfgVariable[Index]);
     lblTotalFor[2 * Index]->setText(QString::number(Counts[0]));
     lblTotalFor[2 * Index + 1]->setText(QString::number(Counts[1]));
 }

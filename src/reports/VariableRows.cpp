@@ -7,6 +7,7 @@
 #include "platform/RuntimeError.h"
 #include "platform/VbConversions.h"
 #include "platform/modResource.h"
+#include "reports/VariableGridCells.h"
 #include "widgets/ComboList.h"
 
 #include <QSignalBlocker>
@@ -15,13 +16,7 @@
 
 namespace
 {
-constexpr qint32 kMaxVariables = 9; // in the graph, and again in the table
 constexpr qint32 InvalidProcedureCall = 5;
-
-QString flagText(bool value)
-{
-    return value ? QStringLiteral("True") : QStringLiteral("False");
-}
 
 // The leftmost characters of text without the last `cut` ones; cutting more
 // than there is, is an invalid argument.
@@ -100,15 +95,13 @@ void ReportTabsPanel::AddOrUpdateVariable(int Index, bool blnAdd)
 
     QComboBox* tables = cboTable[Index];
     QComboBox* variables = cboVariable[Index];
-    grid->SetTextMatrix(row, 0, tables->currentText());
-    grid->SetTextMatrix(row, 1, name);
-    grid->SetTextMatrix(row, 2, unit);
-    grid->SetTextMatrix(row, 3, flagText(graph));
-    grid->SetTextMatrix(row, 4, flagText(table));
-    grid->SetTextMatrix(row, 5, QString::number(ComboList::ItemData(tables, tables->currentIndex())));
-    grid->SetTextMatrix(row, 6, QString::number(ComboList::ItemData(variables, variables->currentIndex())));
     // The decimal places list runs parallel to the variable list.
-    grid->SetTextMatrix(row, 7, cboVarDecPlaces[Index]->itemText(variables->currentIndex()));
+    VariableGridCells::WriteTexts(*grid, row,
+                                  {tables->currentText(), name, unit, VariableGridCells::FlagText(graph),
+                                   VariableGridCells::FlagText(table),
+                                   QString::number(ComboList::ItemData(tables, tables->currentIndex())),
+                                   QString::number(ComboList::ItemData(variables, variables->currentIndex())),
+                                   cboVarDecPlaces[Index]->itemText(variables->currentIndex())});
 
     grid->SetRow(row);
     grid->SetCol(2);
@@ -151,12 +144,10 @@ void ReportTabsPanel::cmdVarRemove_Click(int Index)
 
 qint32 ReportTabsPanel::CountSelectedVariables(qint16 Index) const
 {
-    const FlexGrid* grid = msfgVariable[std::size_t(Index)];
-    qint32 count = 0;
-    for (int r = 1; r <= grid->Rows() - 2; ++r)
-    {
-        if (grid->TextMatrix(r, 3) == QLatin1String("True") || grid->TextMatrix(r, 4) == QLatin1String("True"))
-            ++count;
-    }
-    return count;
+    return VariableGridCells::CountShownAnywhere(*msfgVariable[std::size_t(Index)]);
+}
+
+std::array<qint32, 2> ReportTabsPanel::CountShownVariables(qint16 Index) const
+{
+    return VariableGridCells::CountShown(*msfgVariable[std::size_t(Index)]);
 }

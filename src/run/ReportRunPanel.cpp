@@ -5,6 +5,7 @@
 #include "platform/RuntimeError.h"
 #include "platform/modResource.h"
 #include "reports/SIUnitSetting.h"
+#include "reports/SelectedVariable.h"
 #include "run/PrintJob.h"
 #include "run/WaitCursor.h"
 #include "widgets/ShowPrintSetup.h"
@@ -14,12 +15,6 @@
 #include <memory>
 
 bool blnSIUnits = false;
-
-namespace
-{
-// Variables a report shows at most in its graph, and again in its table.
-constexpr qint32 kMaxVariables = 9;
-} // namespace
 
 ReportRunPanel::ReportRunPanel(MainWindowHost& host, SubjectSearchPanel& search, DateRangePanel& dates,
                                ReportTabsPanel& tabs, QWidget* parent)
@@ -165,16 +160,7 @@ bool ReportRunPanel::ValidateReportRequest(qint16 tab)
     }
 
     // Both counts in one pass, then the graph's limit before the table's.
-    const FlexGrid* grid = m_tabs.msfgVariable.at(std::size_t(tab));
-    qint32 inGraph = 0;
-    qint32 inTable = 0;
-    for (int r = 1; r <= grid->Rows() - 2; ++r)
-    {
-        if (grid->TextMatrix(r, 3) == QLatin1String("True"))
-            ++inGraph;
-        if (grid->TextMatrix(r, 4) == QLatin1String("True"))
-            ++inTable;
-    }
+    const auto [inGraph, inTable] = m_tabs.CountShownVariables(tab);
     const QString limit = QStringLiteral(": ") + QString::number(kMaxVariables);
     if (inGraph > kMaxVariables)
     {

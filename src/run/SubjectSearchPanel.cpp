@@ -22,8 +22,6 @@ QLabel* makeLabel(std::map<int, QLabel*>& labels, int index, const QString& capt
     return label;
 }
 
-constexpr qint32 ObjectNotSet = 91;
-
 // Trim(field & "").
 QString fieldText(const Recordset& rs, const char* field)
 {
@@ -131,8 +129,7 @@ void SubjectSearchPanel::cmdFind_Click()
         const RecordsetPtr rs =
             optFindBy[0]->isChecked() ? query->FindByIdNum(search) : query->FindByName(search, QString(), QString());
         if (!rs)
-            throw RuntimeError(ObjectNotSet, QStringLiteral("cmdFind_Click"),
-                               QStringLiteral("Object variable or With block variable not set"));
+            RaiseObjectNotSet(QStringLiteral("cmdFind_Click"));
         const qint32 count = rs->RecordCount();
         if (count == 0)
         {
