@@ -47,7 +47,7 @@ private slots:
         QVERIFY2(!path.isEmpty(), "no help beside the program");
         QVERIFY(QFileInfo(path).isFile());
         QCOMPARE(QFileInfo(path).fileName(), QStringLiteral("index.html"));
-        for (const char* page : {"report.html", "chart.html", "messages.html", "style.css"})
+        for (const char* page : {"report.html", "chart.html", "messages.html", "import.html", "style.css"})
             QVERIFY2(QFileInfo(QFileInfo(path).dir().filePath(QLatin1String(page))).isFile(), page);
     }
 
@@ -85,6 +85,18 @@ private slots:
         const QString report = helpText(QStringLiteral("report.html"));
         for (const char* step : {"Saved Reports", "Add", "Save As", "Find...", "mm/dd/yyyy", "Preview", "Print"})
             QVERIFY2(report.contains(QLatin1String(step)), step);
+    }
+
+    void importPageDescribesTheFileAndIsLinked()
+    {
+        const QString page = helpText(QStringLiteral("import.html"));
+        for (const char* term : {"PatientID", "LastName", "FirstName", "MiddleName", "Birthday", "VisitDate", "Tab",
+                                 "Table", "Variable", "Value", "yyyy-mm-dd", "--dry-run", "NorrixDBQuery catalogue",
+                                 "line 17, Variable: the PF table \"Pre\" has no variable \"FEV2\""})
+            QVERIFY2(page.contains(QLatin1String(term)), term);
+        QFile index(HelpFilePath());
+        QVERIFY(index.open(QIODevice::ReadOnly));
+        QVERIFY(index.readAll().contains("href=\"import.html\""));
     }
 };
 
