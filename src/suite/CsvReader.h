@@ -63,5 +63,7 @@ private:
     QStringList m_fields;
     QString m_error;
     // Each field is decoded on its own: a sequence cut off at a field's end is an error, not carried over.
-    QStringDecoder m_decoder{QStringDecoder::Utf8, QStringDecoder::Flag::Stateless};
+    // A byte-order mark is skipped at the start of the input only; one that begins a field stays in it.
+    QStringDecoder m_decoder{QStringDecoder::Utf8,
+                             QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom};
 };

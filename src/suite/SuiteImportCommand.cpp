@@ -37,33 +37,33 @@ int SuiteImportCommand::run(const QStringList& arguments, QTextStream& out, QTex
     try
     {
         SuiteDatabase db(SuiteSettings::fromRegistry());
-        SuiteResultImport import(db);
-        import.setProgress([&err](const QString& text) { err << text << Qt::endl;
-    });
-    if (!import.check(file, file.size()))
-    {
-        const std::vector<SuiteResultImport::Error>& errors = import.errors();
-        for (size_t i = 0; i < errors.size() && i < size_t(SuiteResultImport::MaxErrors); ++i)
-            err << errors[i].text() << Qt::endl;
-        if (import.tooManyErrors())
-            err << QStringLiteral("More errors follow; the listing stops after %1.").arg(SuiteResultImport::MaxErrors)
-                << Qt::endl;
-        err << QStringLiteral("Nothing was imported.") << Qt::endl;
-        return ExitFailed;
-    }
-    if (dryRun)
-    {
-        out << QStringLiteral("Dry run, nothing written: ") << import.summary() << Qt::endl;
+        SuiteResultImport fileImport(db);
+        fileImport.setProgress([&err](const QString& text) { err << text << Qt::endl; });
+        if (!fileImport.check(file, file.size()))
+        {
+            const std::vector<SuiteResultImport::Error>& errors = fileImport.errors();
+            for (size_t i = 0; i < errors.size() && i < size_t(SuiteResultImport::MaxErrors); ++i)
+                err << errors[i].text() << Qt::endl;
+            if (fileImport.tooManyErrors())
+                err << QStringLiteral("More errors follow; the listing stops after %1.")
+                           .arg(SuiteResultImport::MaxErrors)
+                    << Qt::endl;
+            err << QStringLiteral("Nothing was imported.") << Qt::endl;
+            return ExitFailed;
+        }
+        if (dryRun)
+        {
+            out << QStringLiteral("Dry run, nothing written: ") << fileImport.summary() << Qt::endl;
+            return 0;
+        }
+        fileImport.write();
+        out << fileImport.summary() << Qt::endl;
         return 0;
     }
-    import.write();
-    out << import.summary() << Qt::endl;
-    return 0;
-}
-catch (const RuntimeError& error)
-{
-    QString text = error.description();
-    err << text.replace(u'\n', u' ') << Qt::endl;
-    return ExitFailed;
-}
+    catch (const RuntimeError& error)
+    {
+        QString text = error.description();
+        err << text.replace(u'\n', u' ') << Qt::endl;
+        return ExitFailed;
+    }
 }

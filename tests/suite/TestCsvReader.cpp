@@ -81,6 +81,12 @@ private slots:
         const QList<Record> records = readAll("\xEF\xBB\xBFPatientID,Value\nQC1,1.5\n");
         QCOMPARE(records.size(), 2);
         QCOMPARE(records[0].fields.first(), QStringLiteral("PatientID"));
+        // Only the one at the start of the input: a field may begin with the character.
+        QCOMPARE(readAll("a,\xEF\xBB\xBF"
+                         "b\n")
+                     .first()
+                     .fields.at(1),
+                 QStringLiteral("\uFEFFb"));
     }
 
     void fieldsAreUtf8()

@@ -50,7 +50,7 @@ private:
         return path;
     }
 
-    static NorrixDBQueryRun import(const QString& path, bool dryRun = false)
+    static NorrixDBQueryRun runImport(const QString& path, bool dryRun = false)
     {
         QStringList arguments{QStringLiteral("import"), path};
         if (dryRun)
@@ -167,7 +167,7 @@ private slots:
         SuiteTestDatabase test;
         prepare(test);
         const QString before = DumpDatabase(test.db());
-        const NorrixDBQueryRun result = import(writeFile(test, content));
+        const NorrixDBQueryRun result = runImport(writeFile(test, content));
         QCOMPARE(result.err, errors + QStringLiteral("\nNothing was imported.\n"));
         QCOMPARE(result.out, QString());
         QCOMPARE(result.exitCode, 1);
@@ -184,7 +184,7 @@ private slots:
                            .arg(day, 2, 10, QLatin1Char('0'))
                            .toUtf8();
         const QString before = DumpDatabase(test.db());
-        const NorrixDBQueryRun result = import(writeFile(test, content));
+        const NorrixDBQueryRun result = runImport(writeFile(test, content));
         QCOMPARE(result.exitCode, 1);
         const QStringList lines = result.err.trimmed().split(u'\n');
         QCOMPARE(lines.size(), 22);
@@ -213,7 +213,7 @@ private slots:
             "1.25e3,2024-06-04,gx,Anaerobic Threshold,VO2,LAB-7,\"O'Brien, \"\"Jr.\"\"\","
             "\"Ann\r\nMarie\",1975-09-30\r\n"
             " 4.0 , 2024-03-01 ,PF,Pre,fvc,QC9,Control,Known,\r\n";
-        const NorrixDBQueryRun result = import(writeFile(test, content));
+        const NorrixDBQueryRun result = runImport(writeFile(test, content));
         QCOMPARE(result.err, QString());
         QCOMPARE(result.out, QStringLiteral("1 patients, 2 visits and 4 readings added, 0 readings replaced\n"));
         QCOMPARE(result.exitCode, 0);
@@ -255,7 +255,7 @@ private slots:
                                              "QC9,Control,Known,,,2024-03-01,PF,Post,FEV1,3.5\n"
                                              "QC9,Control,Known,,,2024-03-01,GX,Rest,VO2,\n"
                                              "QC9,Control,Known,,,2024-03-08,PF,Pre,FVC,4.2\n";
-        const NorrixDBQueryRun result = import(writeFile(test, content));
+        const NorrixDBQueryRun result = runImport(writeFile(test, content));
         QCOMPARE(result.err, QString());
         QCOMPARE(result.out, QStringLiteral("0 patients, 1 visits and 2 readings added, 2 readings replaced\n"));
         QCOMPARE(result.exitCode, 0);
@@ -287,12 +287,12 @@ private slots:
                        ",GX,Peak,VO2," + QByteArray::number(2000 + week) + "\n";
         }
         const QString path = writeFile(test, content);
-        const NorrixDBQueryRun first = import(path);
+        const NorrixDBQueryRun first = runImport(path);
         QCOMPARE(first.err, QString());
         QCOMPARE(first.out, QStringLiteral("1 patients, 60 visits and 90 readings added, 0 readings replaced\n"));
         const QString after = DumpDatabase(test.db());
 
-        const NorrixDBQueryRun second = import(path);
+        const NorrixDBQueryRun second = runImport(path);
         QCOMPARE(second.err, QString());
         QCOMPARE(second.out, QStringLiteral("0 patients, 0 visits and 0 readings added, 0 readings replaced\n"));
         QCOMPARE(second.exitCode, 0);
@@ -308,7 +308,7 @@ private slots:
                                              "NEW4,Jones,Bob,,,2024-03-02,GX,Peak,VE,80.5\n";
         const QString path = writeFile(test, content);
         const QString before = DumpDatabase(test.db());
-        const NorrixDBQueryRun dry = import(path, true);
+        const NorrixDBQueryRun dry = runImport(path, true);
         QCOMPARE(dry.err, QString());
         QCOMPARE(dry.out, QStringLiteral("Dry run, nothing written: 1 patients, 1 visits and 2 readings added, "
                                          "1 readings replaced\n"));
@@ -316,9 +316,42 @@ private slots:
         QCOMPARE(DumpDatabase(test.db()), before);
 
         // The dry run told what the import then does.
-        const NorrixDBQueryRun real = import(path);
+        const NorrixDBQueryRun real = runImport(path);
         QCOMPARE(real.out, QStringLiteral("1 patients, 1 visits and 2 readings added, 1 readings replaced\n"));
         QVERIFY(DumpDatabase(test.db()) != before);
+    }
+
+    void aWriteTheDatabaseRefusesLeavesItAsItWas()
+    {
+        SuiteTestDatabase test;
+        prepare(test);
+        SuiteDatabase& db = test.db();
+        // The last rows written are the readings of stored visits; the database refuses one of them.
+        if (SuiteTestDatabase::onPostgres())
+        {
+            db.exec(QStringLiteral("CREATE FUNCTION refuse_reading() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN "
+                                   "IF NEW.result_value = 999.5 THEN RAISE EXCEPTION 'the reading is refused'; END IF; "
+                                   "RETURN NEW; END $$"));
+            db.exec(QStringLiteral("CREATE TRIGGER refuse_reading BEFORE INSERT ON results FOR EACH ROW "
+                                   "EXECUTE FUNCTION refuse_reading()"));
+        }
+        else
+        {
+            db.exec(QStringLiteral("CREATE TRIGGER refuse_reading BEFORE INSERT ON results "
+                                   "WHEN NEW.result_value = 999.5 BEGIN SELECT RAISE(ABORT, 'the reading is refused'); "
+                                   "END"));
+        }
+        const QString before = DumpDatabase(db);
+        const QByteArray content = kHeader + "NEW5,New,Patient,,,2024-03-02,PF,Pre,FVC,4.4\n"
+                                             "NEW5,New,Patient,,,2024-03-09,PF,Pre,FVC,4.5\n"
+                                             "QC9,Control,Known,,,2024-03-01,PF,Pre,FEV1,3.1\n"
+                                             "QC9,Control,Known,,,2024-03-01,PF,Post,FVC,999.5\n";
+        const NorrixDBQueryRun result = runImport(writeFile(test, content));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY2(result.err.contains(QLatin1String("the reading is refused")), qPrintable(result.err));
+        QCOMPARE(result.err.count(u'\n'), 1);
+        QCOMPARE(result.out, QString());
+        QCOMPARE(DumpDatabase(db), before);
     }
 
     void anImportThatWritesAnalyzesTheTables()
@@ -326,18 +359,20 @@ private slots:
         SuiteTestDatabase test;
         prepare(test);
         SuiteDatabase& db = test.db();
-        const QString statistics = SuiteTestDatabase::onPostgres()
-                                       ? QStringLiteral("SELECT COUNT(*) FROM pg_stats WHERE tablename = 'results'")
-                                       : QStringLiteral("SELECT COUNT(*) FROM sqlite_stat1 WHERE tbl = 'results'");
-        if (!SuiteTestDatabase::onPostgres())
-            QVERIFY(!db.tableExists(QStringLiteral("sqlite_stat1")));
-        else
-            QCOMPARE(db.scalar(statistics).toInt(), 0);
+        // The planner's figures for the readings: SQLite keeps them in a table that ANALYZE makes.
+        const auto analyzed = [&db] {
+            if (SuiteTestDatabase::onPostgres())
+                return db.scalar(QStringLiteral("SELECT COUNT(*) FROM pg_stats WHERE tablename = 'results'")).toInt() >
+                       0;
+            return db.tableExists(QStringLiteral("sqlite_stat1")) &&
+                   db.scalar(QStringLiteral("SELECT COUNT(*) FROM sqlite_stat1 WHERE tbl = 'results'")).toInt() > 0;
+        };
+        QVERIFY(!analyzed());
 
         const NorrixDBQueryRun result =
-            import(writeFile(test, kHeader + "QC9,Control,Known,,,2024-03-09,PF,Pre,FEV1,3.25\n"));
+            runImport(writeFile(test, kHeader + "QC9,Control,Known,,,2024-03-09,PF,Pre,FEV1,3.25\n"));
         QCOMPARE(result.exitCode, 0);
-        QVERIFY(db.scalar(statistics).toInt() > 0);
+        QVERIFY(analyzed());
     }
 
     void aLargeFileReportsItsProgress()
@@ -355,7 +390,7 @@ private slots:
                 content += "BIG1,Large,File,,," + day + ",PF,Pre," + variable.toLatin1() + "," +
                            QByteArray::number(d % 7) + "\n";
         }
-        const NorrixDBQueryRun result = import(writeFile(test, content));
+        const NorrixDBQueryRun result = runImport(writeFile(test, content));
         QCOMPARE(result.exitCode, 0);
         QCOMPARE(result.out, QStringLiteral("1 patients, 2001 visits and 10005 readings added, 0 readings replaced\n"));
         const QStringList progress = result.err.trimmed().split(u'\n');
@@ -370,7 +405,7 @@ private slots:
             const QByteArray day = QDate(2015, 1, 1).addDays(reading / 5).toString(Qt::ISODate).toLatin1();
             quietContent += "BIG1,Large,File,,," + day + ",PF,Post," + variables.at(reading % 5).toLatin1() + ",1\n";
         }
-        const NorrixDBQueryRun quiet = import(writeFile(test, quietContent, QStringLiteral("quiet.csv")));
+        const NorrixDBQueryRun quiet = runImport(writeFile(test, quietContent, QStringLiteral("quiet.csv")));
         QCOMPARE(quiet.err, QString());
         QCOMPARE(quiet.out, QStringLiteral("0 patients, 0 visits and 9999 readings added, 0 readings replaced\n"));
         QCOMPARE(quiet.exitCode, 0);
@@ -417,7 +452,7 @@ private slots:
             QCOMPARE(result.exitCode, 2);
             QCOMPARE(result.err, QStringLiteral("Usage: NorrixDBQuery import FILE.csv [--dry-run]\n"));
         }
-        const NorrixDBQueryRun missing = import(test.tempPath(QStringLiteral("absent.csv")));
+        const NorrixDBQueryRun missing = runImport(test.tempPath(QStringLiteral("absent.csv")));
         QCOMPARE(missing.exitCode, 1);
         QVERIFY2(missing.err.startsWith(
                      QStringLiteral("The file \"%1\" cannot be read").arg(test.tempPath(QStringLiteral("absent.csv")))),
@@ -429,7 +464,7 @@ private slots:
         SuiteTestDatabase test;
         test.db().open();
         const NorrixDBQueryRun result =
-            import(writeFile(test, kHeader + "QC9,Control,Known,,,2024-03-01,PF,Pre,FVC,4\n"));
+            runImport(writeFile(test, kHeader + "QC9,Control,Known,,,2024-03-01,PF,Pre,FVC,4\n"));
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.err, QStringLiteral("The QC database has schema version 0, not %1; run \"NorrixDBQuery auto\" "
                                             "first.\n")
