@@ -29,7 +29,12 @@ class SuiteDatabase;
 //   tables it wrote to for the query planner.
 //
 // The file is read as a stream: memory grows with the readings it holds
-// (about 40 bytes each), not with the size of the file.
+// (32 bytes each), not with the size of the file.
+//
+// The check reads the database before the writing transaction begins, so
+// that a long check does not hold the write lock. Should another program add
+// one of the file's new patients in between, the write fails on the unique
+// ID and changes nothing.
 class SuiteResultImport
 {
 public:
