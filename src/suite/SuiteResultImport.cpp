@@ -263,7 +263,7 @@ bool SuiteResultImport::check(QIODevice& file, qint64 size)
         addError(reader.recordLine(), -1, reader.error());
         return false;
     }
-    if (!readHeader(reader.fields()))
+    if (!readHeader(reader.fields(), reader.recordLine()))
         return false;
 
     int reportedTenth = 0;
@@ -297,7 +297,7 @@ bool SuiteResultImport::check(QIODevice& file, qint64 size)
     return true;
 }
 
-bool SuiteResultImport::readHeader(const QStringList& fields)
+bool SuiteResultImport::readHeader(const QStringList& fields, qint64 line)
 {
     m_fieldCount = fields.size();
     for (qsizetype i = 0; i < fields.size(); ++i)
@@ -310,19 +310,19 @@ bool SuiteResultImport::readHeader(const QStringList& fields)
                 column = c;
         }
         if (column < 0)
-            addError(1, -1,
+            addError(line, -1,
                      QStringLiteral("the column %1 is not one of %2")
                          .arg(quoted(name), QStringLiteral("PatientID, LastName, FirstName, MiddleName, "
                                                            "Birthday, VisitDate, Tab, Table, Variable, Value")));
         else if (m_columns[column] >= 0)
-            addError(1, -1, QStringLiteral("the column %1 is named twice").arg(columnName(column)));
+            addError(line, -1, QStringLiteral("the column %1 is named twice").arg(columnName(column)));
         else
             m_columns[column] = int(i);
     }
     for (int c = 0; c < ColumnCount; ++c)
     {
         if (m_columns[c] < 0 && c != MiddleName && c != Birthday)
-            addError(1, -1, QStringLiteral("the column %1 is missing").arg(columnName(c)));
+            addError(line, -1, QStringLiteral("the column %1 is missing").arg(columnName(c)));
     }
     return m_errors.empty();
 }

@@ -106,7 +106,8 @@ private:
     struct Reading;
     struct Catalogue;
 
-    bool readHeader(const QStringList& fields);
+    // The header's line: empty lines before it are skipped.
+    bool readHeader(const QStringList& fields, qint64 line);
     void checkRecord(const QStringList& fields, qint64 line);
     int patientOf(const QString& id, const QStringList& fields, qint64 line);
     void checkNames(int patient, const QStringList& fields, qint64 line);

@@ -101,6 +101,8 @@ private slots:
             "VisitDate, Tab, Table, Variable, Value");
         add("column named twice", "PatientID,LastName,FirstName,VisitDate,Tab,Table,Variable,Value,VALUE\n",
             "line 1: the column Value is named twice");
+        add("header after empty lines", "\r\n\r\nPatientID,LastName,FirstName,VisitDate,Tab,Table,Variable\r\n",
+            "line 3: the column Value is missing");
         add("empty file", QByteArray(), "line 1: the file is empty; its first line must name the columns");
         add("fields missing", csv(good + "QC9,Control,Known,,2024-04-01,PF,Pre,FEV1,3.1\n"),
             "line 3: the line has 9 fields; the header has 10");
