@@ -153,8 +153,16 @@ def write_results(path, data, sizes, command_line, load_before, load_after):
     add("")
     add("All runs (wall s): " + "; ".join(
         f"{r['tool']}@{r['n'] or '-'}: " + ", ".join(f"{x['wall_s']:.2f}" for x in r["runs"]) for r in rows) + ".")
+    # Sections other benchmarks keep in the same file (between their own markers) stay.
+    kept = ""
+    if os.path.exists(path):
+        with open(path) as f:
+            old = f.read()
+        begin, end = "<!-- import benchmark: begin -->", "<!-- import benchmark: end -->"
+        if begin in old and end in old:
+            kept = "\n" + old[old.index(begin):old.index(end) + len(end)] + "\n"
     with open(path, "w") as f:
-        f.write("\n".join(lines) + "\n")
+        f.write("\n".join(lines) + "\n" + kept)
 
 
 def main():

@@ -86,6 +86,32 @@ void SuiteDataLoader::addVisits(qint32 patientKey, const std::vector<Visit>& vis
     transaction.commit();
 }
 
+void SuiteDataLoader::addResults(const std::vector<VisitResult>& results)
+{
+    std::vector<QVariantList> rows;
+    rows.reserve(results.size());
+    for (const VisitResult& row : results)
+        rows.push_back({row.visitId, row.result.tableId, row.result.varId, row.result.value});
+    SuiteTransaction transaction(m_db);
+    m_db.insertRows(QStringLiteral("results"),
+                    {QStringLiteral("visit_id"), QStringLiteral("table_id"), QStringLiteral("var_id"),
+                     QStringLiteral("result_value")},
+                    rows);
+    transaction.commit();
+}
+
+void SuiteDataLoader::replaceResults(const std::vector<VisitResult>& results)
+{
+    if (results.empty())
+        return;
+    SuiteTransaction transaction(m_db);
+    QSqlQuery update = m_db.prepare(
+        QStringLiteral("UPDATE results SET result_value = ? WHERE visit_id = ? AND table_id = ? AND var_id = ?"));
+    for (const VisitResult& row : results)
+        m_db.run(update, {row.result.value, row.visitId, row.result.tableId, row.result.varId});
+    transaction.commit();
+}
+
 void SuiteDataLoader::addUser(const QString& name, const QString& fullName, const QList<qint32>& rights,
                               qint32 autoLogoutMinutes, bool disabled)
 {

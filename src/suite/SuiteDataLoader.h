@@ -33,6 +33,13 @@ public:
         QVariant value; // in the conventional unit; null = no reading
     };
 
+    // A reading of a visit that is stored already.
+    struct VisitResult
+    {
+        qint32 visitId;
+        Result result;
+    };
+
     struct Visit
     {
         QDate date;
@@ -46,6 +53,9 @@ public:
     qint32 addPatient(const Patient& patient);
     void addPatients(const QList<Patient>& patients);
     void addVisits(qint32 patientKey, const std::vector<Visit>& visits);
+    // Readings the stored visits do not have yet; new values for readings they have.
+    void addResults(const std::vector<VisitResult>& results);
+    void replaceResults(const std::vector<VisitResult>& results);
     void addUser(const QString& name, const QString& fullName, const QList<qint32>& rights, qint32 autoLogoutMinutes,
                  bool disabled);
 

@@ -5,6 +5,7 @@
 #include "suite/NorrixStrings.h"
 
 #include <QDesktopServices>
+#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTextDocumentFragment>
@@ -47,8 +48,31 @@ private slots:
         QVERIFY2(!path.isEmpty(), "no help beside the program");
         QVERIFY(QFileInfo(path).isFile());
         QCOMPARE(QFileInfo(path).fileName(), QStringLiteral("index.html"));
-        for (const char* page : {"report.html", "chart.html", "messages.html", "style.css"})
+        for (const char* page :
+             {"report.html", "chart.html", "messages.html", "import.html", "setup.html", "style.css"})
             QVERIFY2(QFileInfo(QFileInfo(path).dir().filePath(QLatin1String(page))).isFile(), page);
+    }
+
+    void everyLinkOfTheHelpLeadsToAPage()
+    {
+        const QDir folder = QFileInfo(HelpFilePath()).dir();
+        const QStringList pages = folder.entryList({QStringLiteral("*.html")}, QDir::Files);
+        QVERIFY(pages.size() >= 6);
+        const QRegularExpression link(QStringLiteral("href=\"([^\"#:]+)[\"#]"));
+        int links = 0;
+        for (const QString& page : pages)
+        {
+            QFile file(folder.filePath(page));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            const QString html = QString::fromUtf8(file.readAll());
+            for (auto it = link.globalMatch(html); it.hasNext();)
+            {
+                const QString target = it.next().captured(1);
+                QVERIFY2(folder.exists(target), qPrintable(page + QStringLiteral(" links to ") + target));
+                ++links;
+            }
+        }
+        QVERIFY(links > pages.size());
     }
 
     void helpButtonOpensTheHelpInTheBrowser()
@@ -85,6 +109,18 @@ private slots:
         const QString report = helpText(QStringLiteral("report.html"));
         for (const char* step : {"Saved Reports", "Add", "Save As", "Find...", "mm/dd/yyyy", "Preview", "Print"})
             QVERIFY2(report.contains(QLatin1String(step)), step);
+    }
+
+    void importPageDescribesTheFileAndIsLinked()
+    {
+        const QString page = helpText(QStringLiteral("import.html"));
+        for (const char* term : {"PatientID", "LastName", "FirstName", "MiddleName", "Birthday", "VisitDate", "Tab",
+                                 "Table", "Variable", "Value", "yyyy-mm-dd", "--dry-run", "NorrixDBQuery catalogue",
+                                 "line 17, Variable: the PF table \"Pre\" has no variable \"FEV2\""})
+            QVERIFY2(page.contains(QLatin1String(term)), term);
+        QFile index(HelpFilePath());
+        QVERIFY(index.open(QIODevice::ReadOnly));
+        QVERIFY(index.readAll().contains("href=\"import.html\""));
     }
 };
 

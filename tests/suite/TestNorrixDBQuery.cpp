@@ -225,15 +225,17 @@ private slots:
         QVERIFY(QFile::exists(path));
     }
 
-    void anythingButAutoIsAUsageError()
+    void anUnknownCommandIsAUsageError()
     {
         SuiteTestDatabase test;
         for (const QStringList& arguments : {QStringList(), QStringList{QStringLiteral("drop")},
-                                             QStringList{QStringLiteral("auto"), QStringLiteral("extra")}})
+                                             QStringList{QStringLiteral("auto"), QStringLiteral("extra")},
+                                             QStringList{QStringLiteral("catalogue"), QStringLiteral("extra")}})
         {
             const Run result = run(arguments);
             QCOMPARE(result.exitCode, 2);
-            QCOMPARE(result.err, QStringLiteral("Usage: NorrixDBQuery auto\n"));
+            QCOMPARE(result.err,
+                     QStringLiteral("Usage: NorrixDBQuery auto | catalogue | import FILE.csv [--dry-run]\n"));
         }
         QCOMPARE(SuiteSchema::version(test.db()), 0); // nothing was created
     }
