@@ -1,4 +1,4 @@
-#include "MainWindowFixture.h"
+#include "SuiteWindow.h"
 
 #include "common/TestMain.h"
 #include "components/PatientQuery.h"
@@ -12,23 +12,6 @@
 
 using namespace PanelDriving;
 
-namespace
-{
-// The real window on the suite's store and a demo database of its own,
-// started and shown.
-std::unique_ptr<frmMain> startWindow(RecordingMessageService& boxes)
-{
-    auto window = std::make_unique<frmMain>();
-    window->Form_Load();
-    if (boxes.count() != 0 || ProgramExitRequested())
-        return nullptr;
-    window->show();
-    if (!QTest::qWaitForWindowExposed(window.get()))
-        return nullptr;
-    return window;
-}
-} // namespace
-
 // A definition built through the window's controls, saved through the suite's
 // store on SQLite, and opened again by a new window.
 class TestDefinitionRoundTrip : public QObject
@@ -36,14 +19,7 @@ class TestDefinitionRoundTrip : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup()
-    {
-        for (const QString& classId :
-             {QCReportStore::ClassId, CalcEngine::ClassId, PatientQuery::ClassId, StringServer::ClassId})
-            ComponentFactory::unregisterClass(classId);
-        ResetResourceServer();
-        ResetProgramState();
-    }
+    void cleanup() { ForgetSuiteComponents(); }
 
     void nineAndNineVariablesComeBackCellByCell()
     {
@@ -58,7 +34,7 @@ private slots:
         Cells built;
         qint32 savedId = 0;
         {
-            std::unique_ptr<frmMain> window = startWindow(boxes);
+            std::unique_ptr<frmMain> window = StartSuiteWindow(boxes);
             QVERIFY(window);
             ReportTabsPanel& tabs = *window->ReportTabs();
             clickTab(tabs, 1);
@@ -107,7 +83,7 @@ private slots:
             window->Unload();
         }
 
-        std::unique_ptr<frmMain> window = startWindow(boxes);
+        std::unique_ptr<frmMain> window = StartSuiteWindow(boxes);
         QVERIFY(window);
         ReportTabsPanel& tabs = *window->ReportTabs();
         clickTab(tabs, 1);

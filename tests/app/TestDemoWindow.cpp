@@ -1,4 +1,4 @@
-#include "MainWindowFixture.h"
+#include "SuiteWindow.h"
 
 #include "common/TestMain.h"
 #include "components/PatientQuery.h"
@@ -24,14 +24,7 @@ private slots:
         QVERIFY2(QFileInfo(tool).isExecutable(), "NorrixDBQuery is built beside the tests");
     }
 
-    void cleanup()
-    {
-        for (const QString& classId :
-             {QCReportStore::ClassId, CalcEngine::ClassId, PatientQuery::ClassId, StringServer::ClassId})
-            ComponentFactory::unregisterClass(classId);
-        ResetResourceServer();
-        ResetProgramState();
-    }
+    void cleanup() { ForgetSuiteComponents(); }
 
     void startsOnTheDemoDatabaseAndOpensTheFirstDefinitions()
     {

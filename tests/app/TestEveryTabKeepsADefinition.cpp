@@ -1,4 +1,4 @@
-#include "MainWindowFixture.h"
+#include "SuiteWindow.h"
 
 #include "common/TestMain.h"
 #include "components/PatientQuery.h"
@@ -22,17 +22,7 @@ private:
     std::unique_ptr<ScopedRegistryFile> m_registry;
     RecordingMessageService m_boxes;
 
-    std::unique_ptr<frmMain> startWindow()
-    {
-        auto window = std::make_unique<frmMain>();
-        window->Form_Load();
-        if (m_boxes.count() != 0 || ProgramExitRequested())
-            return nullptr;
-        window->show();
-        if (!QTest::qWaitForWindowExposed(window.get()))
-            return nullptr;
-        return window;
-    }
+    std::unique_ptr<frmMain> startWindow() { return StartSuiteWindow(m_boxes); }
 
     // The saved definitions of a tab, by name, as the store lists them.
     static QMap<QString, qint32> storedOnTab(int tab)
@@ -61,11 +51,7 @@ private slots:
 
     void cleanup()
     {
-        for (const QString& classId :
-             {QCReportStore::ClassId, CalcEngine::ClassId, PatientQuery::ClassId, StringServer::ClassId})
-            ComponentFactory::unregisterClass(classId);
-        ResetResourceServer();
-        ResetProgramState();
+        ForgetSuiteComponents();
         m_registry.reset();
     }
 

@@ -1,4 +1,4 @@
-#include "MainWindowFixture.h"
+#include "SuiteWindow.h"
 
 #include "SuiteTestDatabase.h"
 #include "common/TestMain.h"
@@ -26,17 +26,7 @@ class TestNewLabDatabase : public QObject
 private:
     RecordingMessageService m_boxes;
 
-    std::unique_ptr<frmMain> startWindow()
-    {
-        auto window = std::make_unique<frmMain>();
-        window->Form_Load();
-        if (m_boxes.count() != 0 || ProgramExitRequested())
-            return nullptr;
-        window->show();
-        if (!QTest::qWaitForWindowExposed(window.get()))
-            return nullptr;
-        return window;
-    }
+    std::unique_ptr<frmMain> startWindow() { return StartSuiteWindow(m_boxes); }
 
     static QStringList items(QComboBox* list)
     {
@@ -47,14 +37,7 @@ private:
     }
 
 private slots:
-    void cleanup()
-    {
-        for (const QString& classId :
-             {QCReportStore::ClassId, CalcEngine::ClassId, PatientQuery::ClassId, StringServer::ClassId})
-            ComponentFactory::unregisterClass(classId);
-        ResetResourceServer();
-        ResetProgramState();
-    }
+    void cleanup() { ForgetSuiteComponents(); }
 
     void theFirstStartOpensTheStarterDefinitions()
     {
