@@ -27,17 +27,6 @@ constexpr qint32 NoSuchControlArrayElement = 340;
                        QStringLiteral("Control array element '%1' doesn't exist").arg(tab));
 }
 
-// The parameter-row fields in grid column order.
-const char* const kParameterFields[VariableGridCells::ColumnCount] = {
-    "QCUserName", "ParamsUserName", "ParamsUnit", "ShowInGraph", "ShowInTable", "QCTableID", "ParamsDefID", "Decimal"};
-
-// Trim(value & ""), with a Boolean written "True" or "False".
-QString cellText(const QVariant& value)
-{
-    if (value.typeId() == QMetaType::Bool)
-        return value.toBool() ? QStringLiteral("True") : QStringLiteral("False");
-    return TextOf(value).trimmed();
-}
 } // namespace
 
 void ReportTabsPanel::ListSavedReports()
@@ -141,7 +130,7 @@ void ReportTabsPanel::cboReports_Click(int Index)
         if (tab < 0 || tab >= TabCount)
             noSuchTab(tab, "cboReports_Click");
 
-        LoadReportParameters(tab, *rs);
+        Editor(tab).LoadReportParameters(*rs);
         SetCurrentTab(tab);
         SizeGridColumns(tab);
         UpdateSaveAsButton(tab);
@@ -162,27 +151,6 @@ void ReportTabsPanel::cboReports_Click(int Index)
     }
 }
 
-void ReportTabsPanel::LoadReportParameters(int Index, Recordset& rs)
-{
-    FlexGrid* grid = msfgVariable[Index];
-    grid->SetRows(1);
-    grid->SetRows(2);
-    while (!rs.IsEOF())
-    {
-        grid->SetRows(grid->Rows() + 1);
-        const int row = grid->Rows() - 2;
-        std::array<QString, VariableGridCells::ColumnCount> texts;
-        for (int c = 0; c < VariableGridCells::ColumnCount; ++c)
-            texts[std::size_t(c)] = cellText(rs.Value(QLatin1String(kParameterFields[c])));
-        VariableGridCells::WriteTexts(*grid, row, texts);
-        grid->SetRow(row);
-        grid->SetCol(2);
-        grid->SetCellAlignment(FlexGrid::flexAlignLeftCenter);
-        rs.MoveNext();
-    }
-    ShowSelectedVariable(Index, 1);
-}
-
 void ReportTabsPanel::cmdNew_Click()
 {
     const int tab = CurrentTab();
@@ -192,19 +160,7 @@ void ReportTabsPanel::cmdNew_Click()
     // Leaving a saved definition for the placeholder runs this procedure once
     // more from the list's handler; both runs end in the same state.
     ComboList::SetListIndex(cboReports[tab], 0);
-    ComboList::SetListIndex(cboTable[tab], 0);
-    ComboList::SetListIndex(cboVariable[tab], 0);
-
-    FlexGrid* grid = msfgVariable[tab];
-    grid->SetRows(1);
-    grid->SetRows(2);
-    grid->SetRow(0);
-    const bool rowChosen = grid->Row() >= 1 && grid->Row() < grid->Rows() - 1 && grid->Rows() > 2;
-    cmdVarRemove[tab]->setEnabled(rowChosen);
-    cmdVarUpdate[tab]->setEnabled(rowChosen);
-    // The counters and Save As follow the emptied grid (the limits of nine are
-    // checked against the counters).
-    CountSelectedTotals(tab);
+    Editor(tab).Clear();
     UpdateSaveAsButton(tab);
 
     m_host.ResetDateRange();

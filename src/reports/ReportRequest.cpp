@@ -11,8 +11,8 @@ qint32 ReportTabsPanel::BuildReportInfo(qint16 tab, ReportInfo& info) const
     if (tab < 0 || tab >= TabCount)
         throw RuntimeError(ErrorNumber::SubscriptOutOfRange, QStringLiteral("BuildReportInfo"),
                            QStringLiteral("Subscript out of range"));
-    const FlexGrid* grid = msfgVariable[std::size_t(tab)];
-    const qint32 n = VariableGridCells::RowCount(*grid);
+    const QList<SelectedVariable> rows = Editor(tab).Rows();
+    const auto n = qint32(rows.size());
     if (n <= 0)
         return 0;
 
@@ -26,10 +26,10 @@ qint32 ReportTabsPanel::BuildReportInfo(qint16 tab, ReportInfo& info) const
     // The table's data set names its value fields by VarName, so repeated
     // names (also from different tables) are told apart.
     UniqueVarNames names;
-    for (qint32 r = 1; r <= n; ++r)
+    for (qint32 r = 0; r < n; ++r)
     {
-        const SelectedVariable row = VariableGridCells::Read(*grid, r);
-        ReportVariable& variable = info.Variables[r - 1];
+        const SelectedVariable& row = rows.at(r);
+        ReportVariable& variable = info.Variables[r];
         variable.TableID = row.TableID;
         variable.TableName = row.Table;
         variable.ParamsDefID = row.VarID;

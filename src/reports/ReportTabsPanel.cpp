@@ -2,6 +2,7 @@
 
 #include "components/modCalcObject.h"
 #include "platform/VbConversions.h"
+#include "reports/NamedControls.h"
 #include "widgets/ComboList.h"
 #include "widgets/EventGuard.h"
 #include "widgets/FindComboItem.h"
@@ -11,25 +12,6 @@
 
 namespace
 {
-QString indexedName(const char* name, int index)
-{
-    return QLatin1String(name) + QLatin1Char('(') + QString::number(index) + QLatin1Char(')');
-}
-
-template <class W> W* makeControl(QWidget* parent, const char* name, int index)
-{
-    auto* control = new W(parent);
-    control->setObjectName(indexedName(name, index));
-    return control;
-}
-
-QComboBox* makeList(QWidget* parent, const char* name, int index)
-{
-    auto* list = makeControl<QComboBox>(parent, name, index);
-    list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    list->setMinimumContentsLength(12);
-    return list;
-}
 
 QPushButton* makeButton(QWidget* parent, const char* name, const QString& caption)
 {
@@ -65,7 +47,12 @@ ReportTabsPanel::ReportTabsPanel(MainWindowHost& host, QWidget* parent)
     layout->addLayout(buttons);
 
     for (int i = 0; i < TabCount; ++i)
-        connectHandlers(i);
+    {
+        connect(cboReports[i], &QComboBox::currentIndexChanged, this, [this, i](int position) {
+            if (position >= 0)
+                cboReports_Click(i);
+        });
+    }
     connect(sstabReportTabs, &QTabWidget::currentChanged, this, [this] {
         if (!m_host.IsLoading())
             RunGuarded([this] { sstabReportTabs_Click(); }, m_host.MsgTitle());
@@ -80,7 +67,7 @@ ReportTabsPanel::ReportTabsPanel(MainWindowHost& host, QWidget* parent)
 QWidget* ReportTabsPanel::buildTab(int Index)
 {
     auto* page = new QWidget;
-    page->setObjectName(indexedName("tabPage", Index));
+    page->setObjectName(NamedControls::IndexedName("tabPage", Index));
     const bool pf = Index == 0;
 
     // Label numbers of the window's label array: the captions of the first
@@ -92,7 +79,7 @@ QWidget* ReportTabsPanel::buildTab(int Index)
     const int lblGraphTotal = pf ? 4 : 6;
     const int lblTableTotal = pf ? 5 : 7;
     auto label = [this, page](int number, const QString& caption, QWidget* buddy) {
-        auto* lbl = makeControl<QLabel>(page, "Label1", number);
+        auto* lbl = NamedControls::Make<QLabel>(page, "Label1", number);
         lbl->setText(caption);
         if (buddy)
             lbl->setBuddy(buddy);
@@ -100,15 +87,26 @@ QWidget* ReportTabsPanel::buildTab(int Index)
         return lbl;
     };
 
-    cboReports[Index] = makeList(page, "cboReports", Index);
-    cboTable[Index] = makeList(page, "cboTable", Index);
-    cboVariable[Index] = makeList(page, "cboVariable", Index);
-    cboVariable[Index]->setMinimumContentsLength(24);
-    cboVarUnits[Index] = makeList(page, "cboVarUnits", Index);
-    cboVarDecPlaces[Index] = makeList(page, "cboVarDecPlaces", Index);
-    cboVarTest[Index] = makeList(page, "cboVarTest", Index);
-    for (QComboBox* hidden : {cboVarUnits[Index], cboVarDecPlaces[Index], cboVarTest[Index]})
-        hidden->setVisible(false);
+    cboReports[Index] = NamedControls::MakeList(page, "cboReports", Index);
+    auto* editor = new VariableEditor(Index, m_host, m_intPrevTableIndex, page);
+    m_editors[std::size_t(Index)] = editor;
+    cboTable[Index] = editor->cboTable;
+    cboVariable[Index] = editor->cboVariable;
+    cboVarUnits[Index] = editor->cboVarUnits;
+    cboVarDecPlaces[Index] = editor->cboVarDecPlaces;
+    cboVarTest[Index] = editor->cboVarTest;
+    chkShowIn[2 * Index] = editor->chkShowIn[0];
+    chkShowIn[2 * Index + 1] = editor->chkShowIn[1];
+    cmdVarAdd[Index] = editor->cmdVarAdd;
+    cmdVarUpdate[Index] = editor->cmdVarUpdate;
+    cmdVarRemove[Index] = editor->cmdVarRemove;
+    lblTotalFor[2 * Index] = editor->lblTotalFor[0];
+    lblTotalFor[2 * Index + 1] = editor->lblTotalFor[1];
+    msfgVariable[Index] = editor->msfgVariable;
+    // Save As follows the rows of the tab's grid; a "show in" box marks the
+    // definition of the tab shown.
+    connect(editor, &VariableEditor::rowsChanged, this, [this, Index] { UpdateSaveAsButton(Index); });
+    connect(editor, &VariableEditor::showInClicked, this, [this] { m_host.SetReportDirty(CurrentTab(), true); });
 
     auto* pageLayout = new QVBoxLayout(page);
 
@@ -127,40 +125,17 @@ QWidget* ReportTabsPanel::buildTab(int Index)
     pageLayout->addLayout(pickRow);
 
     auto* editRow = new QHBoxLayout;
-    chkShowIn[2 * Index] = makeControl<QCheckBox>(page, "chkShowIn", 2 * Index);
-    chkShowIn[2 * Index + 1] = makeControl<QCheckBox>(page, "chkShowIn", 2 * Index + 1);
-    chkShowIn[2 * Index]->setText(pf ? QStringLiteral("Show In &Graph") : QStringLiteral("Show In Graph"));
-    chkShowIn[2 * Index + 1]->setText(pf ? QStringLiteral("Show In &Table") : QStringLiteral("Show In Table"));
     editRow->addWidget(chkShowIn[2 * Index]);
     editRow->addWidget(chkShowIn[2 * Index + 1]);
     editRow->addStretch(1);
-    cmdVarAdd[Index] = makeControl<QPushButton>(page, "cmdVarAdd", Index);
-    cmdVarUpdate[Index] = makeControl<QPushButton>(page, "cmdVarUpdate", Index);
-    cmdVarRemove[Index] = makeControl<QPushButton>(page, "cmdVarRemove", Index);
-    cmdVarAdd[Index]->setText(QStringLiteral("&Add"));
-    cmdVarUpdate[Index]->setText(QStringLiteral("&Update"));
-    cmdVarRemove[Index]->setText(QStringLiteral("Remove"));
     for (QPushButton* button : {cmdVarAdd[Index], cmdVarUpdate[Index], cmdVarRemove[Index]})
-    {
-        button->setAutoDefault(false);
         editRow->addWidget(button);
-    }
     pageLayout->addLayout(editRow);
 
-    msfgVariable[Index] = makeControl<FlexGrid>(page, "msfgVariable", Index);
     pageLayout->addWidget(label(lblSelected, QStringLiteral("Selected Variables"), msfgVariable[Index]));
     pageLayout->addWidget(msfgVariable[Index], 1);
 
     auto* totalsRow = new QHBoxLayout;
-    lblTotalFor[2 * Index] = makeControl<QLabel>(page, "lblTotalFor", 2 * Index);
-    lblTotalFor[2 * Index + 1] = makeControl<QLabel>(page, "lblTotalFor", 2 * Index + 1);
-    for (QLabel* total : {lblTotalFor[2 * Index], lblTotalFor[2 * Index + 1]})
-    {
-        total->setText(QStringLiteral("0"));
-        total->setMinimumWidth(total->fontMetrics().horizontalAdvance(QStringLiteral("000")));
-        total->setFrameShape(QFrame::StyledPanel);
-        total->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    }
     totalsRow->addWidget(label(lblGraphTotal, QStringLiteral("Total selected for graph"), nullptr));
     totalsRow->addWidget(lblTotalFor[2 * Index]);
     totalsRow->addSpacing(24);
@@ -169,35 +144,6 @@ QWidget* ReportTabsPanel::buildTab(int Index)
     totalsRow->addStretch(1);
     pageLayout->addLayout(totalsRow);
     return page;
-}
-
-void ReportTabsPanel::connectHandlers(int Index)
-{
-    const auto guarded = [this](auto handler) { RunGuarded(handler, m_host.MsgTitle()); };
-    connect(cboReports[Index], &QComboBox::currentIndexChanged, this, [this, Index](int position) {
-        if (position >= 0)
-            cboReports_Click(Index);
-    });
-    connect(cboTable[Index], &QComboBox::currentIndexChanged, this, [this, Index, guarded](int position) {
-        if (position >= 0)
-            guarded([this, Index] { cboTable_Click(Index); });
-    });
-    connect(cboVariable[Index], &QComboBox::currentIndexChanged, this, [this, Index, guarded](int position) {
-        if (position >= 0)
-            guarded([this, Index] { cboVariable_Click(Index); });
-    });
-    for (int k = 2 * Index; k <= 2 * Index + 1; ++k)
-        connect(chkShowIn[k], &QCheckBox::toggled, this, [this, k] { chkShowIn_Click(k); });
-    connect(msfgVariable[Index], &FlexGrid::userSelectedRow, this,
-            [this, Index, guarded] { guarded([this, Index] { msfgVariable_Click(Index); }); });
-    connect(msfgVariable[Index], &FlexGrid::resized, this,
-            [this, Index, guarded] { guarded([this, Index] { SizeGridColumns(Index); }); });
-    connect(cmdVarAdd[Index], &QPushButton::clicked, this,
-            [this, Index, guarded] { guarded([this, Index] { cmdVarAdd_Click(Index); }); });
-    connect(cmdVarUpdate[Index], &QPushButton::clicked, this,
-            [this, Index, guarded] { guarded([this, Index] { cmdVarUpdate_Click(Index); }); });
-    connect(cmdVarRemove[Index], &QPushButton::clicked, this,
-            [this, Index, guarded] { guarded([this, Index] { cmdVarRemove_Click(Index); }); });
 }
 
 int ReportTabsPanel::CurrentTab() const
@@ -232,14 +178,6 @@ void ReportTabsPanel::DisableEditing()
     for (QWidget* control : {static_cast<QWidget*>(cmdNew), static_cast<QWidget*>(cmdSave),
                              static_cast<QWidget*>(cmdSaveAs), static_cast<QWidget*>(cmdDelete)})
         control->setEnabled(false);
-    for (int i = 0; i < TabCount; ++i)
-    {
-        cboTable[i]->setEnabled(false);
-        cboVariable[i]->setEnabled(false);
-        cmdVarAdd[i]->setEnabled(false);
-        cmdVarUpdate[i]->setEnabled(false);
-        cmdVarRemove[i]->setEnabled(false);
-    }
-    for (QCheckBox* box : chkShowIn)
-        box->setEnabled(false);
+    for (VariableEditor* editor : m_editors)
+        editor->DisableEditing();
 }

@@ -3,6 +3,7 @@
 #include "components/ReportInfo.h"
 #include "platform/Recordset.h"
 #include "reports/MainWindowHost.h"
+#include "reports/VariableEditor.h"
 #include "reports/VariableGridCells.h"
 #include "widgets/FlexGrid.h"
 
@@ -23,13 +24,12 @@ class QCReportStore;
 // saved-report list, its variable catalogue, the editor of the selected
 // variables, and the New / Save / Save As / Delete buttons below the tabs.
 //
-// The procedures live in files by concern: ReportTabsPanel.cpp builds the
-// controls and keeps the tab switch, ReportCatalogue.cpp the variable
-// catalogue, ReportList.cpp the saved-report lists and opening,
-// VariableEditor.cpp the selected-variables editor, VariableRows.cpp the
-// editor's Add / Update / Remove, ReportCommands.cpp Save, Save As, Delete
-// and the rules of their buttons, ReportRequest.cpp the report request built
-// from a tab's grid.
+// Each tab's catalogue lists and selected-variables grid are a VariableEditor
+// of their own. The panel's procedures live in files by concern:
+// ReportTabsPanel.cpp builds the tabs and keeps the tab switch,
+// ReportList.cpp the saved-report lists, opening and New, ReportCommands.cpp
+// Save, Save As, Delete and the rules of their buttons, ReportRequest.cpp the
+// report request built from a tab's grid.
 class ReportTabsPanel final : public QWidget
 {
     Q_OBJECT
@@ -41,7 +41,9 @@ public:
 
     explicit ReportTabsPanel(MainWindowHost& host, QWidget* parent = nullptr);
 
-    // The controls, by their system names (objectName "name(index)").
+    // The controls, by their system names (objectName "name(index)"). The
+    // variable controls of each tab belong to its editor and are listed here
+    // as the window's control arrays.
     QTabWidget* sstabReportTabs = nullptr;
     std::array<QComboBox*, TabCount> cboReports{};
     std::array<QComboBox*, TabCount> cboTable{};
@@ -62,21 +64,29 @@ public:
     // The labels of the tabs by their index in the window's label array.
     std::map<int, QLabel*> Label1;
 
+    // The selected-variables editor of a tab.
+    VariableEditor& Editor(int tab) const { return *m_editors.at(std::size_t(tab)); }
+
     int CurrentTab() const;
     // Makes tab the current tab. The switch handling runs as for the user's
     // own switch, except while the program is loading (opening a definition
     // shows its tab without letting the list follow the grid).
     void SetCurrentTab(int tab);
 
-    // Grid of a tab at start-up: eight columns, vertical scrolling only, the
-    // header texts, the column widths, header plus one blank row.
-    void PrepareGrid(int Index);
-
+    // The editor's work on tab Index, for the start-up and the run.
+    void PrepareGrid(int Index) { Editor(Index).PrepareGrid(); }
     // The variable catalogue of a tab. False after the error was shown.
-    bool LoadVariableCatalogue(int Index);
-    void cboTable_Click(int Index);
-    void cboVariable_Click(int Index);
-    bool ApplyTableToAllVariables(int Index);
+    bool LoadVariableCatalogue(int Index) { return Editor(Index).LoadVariableCatalogue(); }
+    bool ApplyTableToAllVariables(int Index) { return Editor(Index).ApplyTableToAllVariables(); }
+    bool ShowSelectedVariable(int Index, int Row) { return Editor(Index).ShowSelectedVariable(Row); }
+    void UpdateVariableButtons(int Index) { Editor(Index).UpdateVariableButtons(); }
+    void CountSelectedTotals(int Index, std::array<qint32, 2>& Counts) { Editor(Index).CountSelectedTotals(Counts); }
+    void CountSelectedTotals(int Index) { Editor(Index).CountSelectedTotals(); }
+    void SizeGridColumns(int Index) { Editor(Index).SizeGridColumns(); }
+    // Rows shown in the graph or in the table.
+    qint32 CountSelectedVariables(qint16 Index) const { return Editor(Index).CountSelectedVariables(); }
+    // Rows shown in the graph, and rows shown in the table.
+    std::array<qint32, 2> CountShownVariables(qint16 Index) const { return Editor(Index).CountShownVariables(); }
 
     // Start-up listing: the placeholder item on each tab, then every saved
     // definition on its tab. Errors reach the caller.
@@ -84,7 +94,6 @@ public:
     // Selects the first saved definition of each tab, which opens it.
     void SelectFirstReports();
     void cboReports_Click(int Index);
-    void LoadReportParameters(int Index, Recordset& rs);
     void cmdNew_Click();
     void UpdateSaveAsButton(int Index);
 
@@ -110,25 +119,6 @@ public:
     // Without the edit right every editing control is disabled.
     void DisableEditing();
 
-    bool ShowSelectedVariable(int Index, int Row);
-    void UpdateVariableButtons(int Index);
-    void CountSelectedTotals(int Index, std::array<qint32, 2>& Counts);
-    void CountSelectedTotals(int Index);
-    void SizeGridColumns(int Index);
-    void chkShowIn_Click(int Index);
-    void msfgVariable_Click(int Index);
-
-    void cmdVarAdd_Click(int Index);
-    void cmdVarUpdate_Click(int Index);
-    void cmdVarRemove_Click(int Index);
-    // Writes the chosen table and variable with the two flags into a new row
-    // (blnAdd) or over the current row, within the limits of nine.
-    void AddOrUpdateVariable(int Index, bool blnAdd);
-    // Rows shown in the graph or in the table.
-    qint32 CountSelectedVariables(qint16 Index) const;
-    // Rows shown in the graph, and rows shown in the table.
-    std::array<qint32, 2> CountShownVariables(qint16 Index) const;
-
     // The report request of tab: its grid's rows (names made unique), the
     // subject and the date boxes. The number of variables put in; 0 leaves
     // info as it was.
@@ -136,9 +126,9 @@ public:
 
 private:
     QWidget* buildTab(int Index);
-    void connectHandlers(int Index);
 
     MainWindowHost& m_host;
+    std::array<VariableEditor*, TabCount> m_editors{};
     std::array<qint32, TabCount> m_lngPrevReportIndex{};
-    int m_intPrevTableIndex = 0;
+    int m_intPrevTableIndex = 0; // the table list position last taken, on either tab
 };
