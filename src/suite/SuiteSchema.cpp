@@ -101,21 +101,28 @@ QStringList stepStatements(int step, bool postgres)
                            "auto_logout SMALLINT)"),
             QStringLiteral("CREATE INDEX audit_log_time ON audit_log (logged_at)"),
         };
-    case 3:
+    case 3: {
+        // A report reads a subject's visits of one tab in date order; with
+        // the tab in the index that is one stretch of the index alone, not a
+        // visit row per visit (which lie far apart, numbered by day among
+        // every other patient's). It replaces the index without the tab.
+        QStringList statements{
+            QStringLiteral("CREATE INDEX visits_patient_tab_date ON visits (patient_id, tab, visit_date)"),
+            QStringLiteral("DROP INDEX visits_patient_date"),
+        };
         // The patient search matches the start of the search keys as a range
         // of keys; their indexes serve that range only when the keys compare
         // by code point, as SQLite's BINARY collation always does. On
         // PostgreSQL the columns take the "C" collation (which rebuilds their
         // indexes, and changes no stored value).
-        if (!postgres)
-            return {};
-        return {
-            QStringLiteral("ALTER TABLE patients "
-                           "ALTER COLUMN id_key TYPE VARCHAR(40) COLLATE \"C\", "
-                           "ALTER COLUMN last_key TYPE VARCHAR(80) COLLATE \"C\", "
-                           "ALTER COLUMN first_key TYPE VARCHAR(80) COLLATE \"C\", "
-                           "ALTER COLUMN mid_key TYPE VARCHAR(80) COLLATE \"C\""),
-        };
+        if (postgres)
+            statements.append(QStringLiteral("ALTER TABLE patients "
+                                             "ALTER COLUMN id_key TYPE VARCHAR(40) COLLATE \"C\", "
+                                             "ALTER COLUMN last_key TYPE VARCHAR(80) COLLATE \"C\", "
+                                             "ALTER COLUMN first_key TYPE VARCHAR(80) COLLATE \"C\", "
+                                             "ALTER COLUMN mid_key TYPE VARCHAR(80) COLLATE \"C\""));
+        return statements;
+    }
     default:
         return {};
     }

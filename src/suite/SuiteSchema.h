@@ -7,17 +7,18 @@ class SuiteDatabase;
 
 // The suite's tables, created and migrated step by step. The same statements
 // run on SQLite and PostgreSQL (only the self-numbering key column and the
-// storage order of the results are spelled per database). Every step runs in
-// one transaction together with the version it reaches, so a failed step
-// leaves the database at the version before it. Steps only add: no step drops
-// or rewrites stored rows.
+// storage order of the results are spelled per database; the key collation of
+// step 3 is PostgreSQL's alone). Every step runs in one transaction together
+// with the version it reaches, so a failed step leaves the database at the
+// version before it. Steps only add: no step drops or rewrites stored rows.
 //
 // Versions:
 //   1  patients, catalogue (test tables, variables), visits, results, report
 //      definitions and their parameter rows, users and their rights
 //   2  the audit log, and a disabled flag for users
-//   3  on PostgreSQL, the patients' search keys compare by code point
-//      (collation "C"), so that their indexes serve prefix searches
+//   3  visits indexed by patient, tab and date; on PostgreSQL, the
+//      patients' search keys compare by code point (collation "C"), so that
+//      their indexes serve prefix searches
 class SuiteSchema
 {
 public:

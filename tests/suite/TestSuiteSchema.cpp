@@ -284,6 +284,40 @@ private slots:
                  QStringLiteral("máire"));
     }
 
+    void aSubjectsVisitsOfATabAreOneStretchOfAnIndex()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db, 2);
+        fillVersionOne(db);
+        SuiteSchema::migrate(db);
+        const QString visits =
+            QStringLiteral("SELECT visit_id, visit_date FROM visits WHERE patient_id = 1 AND tab = 0 "
+                           "AND visit_date <= '2024-06-30' ORDER BY visit_date, visit_id");
+        QStringList plan;
+        if (SuiteTestDatabase::onPostgres())
+        {
+            db.exec(QStringLiteral("SET enable_seqscan = off"));
+            QSqlQuery explain = db.exec(QStringLiteral("EXPLAIN ") + visits);
+            while (explain.next())
+                plan.append(explain.value(0).toString().trimmed());
+            db.exec(QStringLiteral("RESET enable_seqscan"));
+            const QString lines = plan.join(u'\n');
+            QVERIFY2(lines.contains(QLatin1String("Index Scan using visits_patient_tab_date")) ||
+                         lines.contains(QLatin1String("Index Only Scan using visits_patient_tab_date")),
+                     qPrintable(lines));
+        }
+        else
+        {
+            QSqlQuery explain = db.exec(QStringLiteral("EXPLAIN QUERY PLAN ") + visits);
+            while (explain.next())
+                plan.append(explain.value(3).toString());
+            // Only the index, already in date order.
+            QCOMPARE(plan, QStringList{QStringLiteral("SEARCH visits USING COVERING INDEX visits_patient_tab_date "
+                                                      "(patient_id=? AND tab=? AND visit_date<?)")});
+        }
+    }
+
     void statisticsAreRefreshed()
     {
         SuiteTestDatabase test;
