@@ -82,6 +82,8 @@ def ratio(value, reference):
     return value / reference if reference else float("nan")
 
 
+LAB_SECTION = "## Lab-scale database"
+
 def write_results(path, data, sizes, command_line, load_before, load_after):
     rows = data["results"]
     by_n = {n: [r for r in rows if r["n"] == n] for n in sizes}
@@ -153,8 +155,15 @@ def write_results(path, data, sizes, command_line, load_before, load_after):
     add("")
     add("All runs (wall s): " + "; ".join(
         f"{r['tool']}@{r['n'] or '-'}: " + ", ".join(f"{x['wall_s']:.2f}" for x in r["runs"]) for r in rows) + ".")
+    # The lab-scale benchmark's section (bench/labscale) stays as it was.
+    kept = ""
+    if os.path.exists(path):
+        with open(path) as f:
+            text = f.read()
+        if LAB_SECTION in text:
+            kept = "\n" + text[text.index(LAB_SECTION):]
     with open(path, "w") as f:
-        f.write("\n".join(lines) + "\n")
+        f.write("\n".join(lines) + "\n" + kept)
 
 
 def main():
