@@ -82,6 +82,8 @@ def ratio(value, reference):
     return value / reference if reference else float("nan")
 
 
+LAB_SECTION = "## Lab-scale database"
+
 def write_results(path, data, sizes, command_line, load_before, load_after):
     rows = data["results"]
     by_n = {n: [r for r in rows if r["n"] == n] for n in sizes}
@@ -153,14 +155,18 @@ def write_results(path, data, sizes, command_line, load_before, load_after):
     add("")
     add("All runs (wall s): " + "; ".join(
         f"{r['tool']}@{r['n'] or '-'}: " + ", ".join(f"{x['wall_s']:.2f}" for x in r["runs"]) for r in rows) + ".")
-    # Sections other benchmarks keep in the same file (between their own markers) stay.
+    # Sections other benchmarks keep in the same file stay: the import
+    # benchmark's (between its markers) and the lab-scale benchmark's (from
+    # its heading to the end).
     kept = ""
     if os.path.exists(path):
         with open(path) as f:
             old = f.read()
         begin, end = "<!-- import benchmark: begin -->", "<!-- import benchmark: end -->"
         if begin in old and end in old:
-            kept = "\n" + old[old.index(begin):old.index(end) + len(end)] + "\n"
+            kept += "\n" + old[old.index(begin):old.index(end) + len(end)] + "\n"
+        if LAB_SECTION in old:
+            kept += "\n" + old[old.index(LAB_SECTION):]
     with open(path, "w") as f:
         f.write("\n".join(lines) + "\n" + kept)
 

@@ -114,8 +114,8 @@ int StarterDefinitions::addWhereMissing(SuiteDatabase& db)
     int saved = 0;
     for (const Starter& starter : starters())
     {
-        if (db.scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports WHERE tab = ?"), {qint32(starter.tab)}).toInt() >
-            0)
+        if (!db.scalar(QStringLiteral("SELECT 1 FROM qc_reports WHERE tab = ? LIMIT 1"), {qint32(starter.tab)})
+                 .isNull())
             continue;
         store.SaveReport(starter.name, starterRequest(db, starter));
         ++saved;

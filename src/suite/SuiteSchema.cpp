@@ -5,7 +5,10 @@
 #include "suite/SuiteDatabase.h"
 #include "suite/SuiteTransaction.h"
 
+#include <QSqlError>
 #include <QSqlQuery>
+
+#include <vector>
 
 namespace
 {
@@ -16,7 +19,7 @@ constexpr qint64 kMigrationLock = 7305126;
 const QString kIdentity = QStringLiteral("{ID}");
 const QString kClustered = QStringLiteral("{CLUSTERED}");
 
-QStringList stepStatements(int step)
+QStringList stepStatements(int step, bool postgres)
 {
     switch (step)
     {
@@ -98,6 +101,28 @@ QStringList stepStatements(int step)
                            "auto_logout SMALLINT)"),
             QStringLiteral("CREATE INDEX audit_log_time ON audit_log (logged_at)"),
         };
+    case 3: {
+        // A report reads a subject's visits of one tab in date order; with
+        // the tab in the index that is one stretch of the index alone, not a
+        // visit row per visit (which lie far apart, numbered by day among
+        // every other patient's). It replaces the index without the tab.
+        QStringList statements{
+            QStringLiteral("CREATE INDEX visits_patient_tab_date ON visits (patient_id, tab, visit_date)"),
+            QStringLiteral("DROP INDEX visits_patient_date"),
+        };
+        // The patient search matches the start of the search keys as a range
+        // of keys; their indexes serve that range only when the keys compare
+        // by code point, as SQLite's BINARY collation always does. On
+        // PostgreSQL the columns take the "C" collation (which rebuilds their
+        // indexes, and changes no stored value).
+        if (postgres)
+            statements.append(QStringLiteral("ALTER TABLE patients "
+                                             "ALTER COLUMN id_key TYPE VARCHAR(40) COLLATE \"C\", "
+                                             "ALTER COLUMN last_key TYPE VARCHAR(80) COLLATE \"C\", "
+                                             "ALTER COLUMN first_key TYPE VARCHAR(80) COLLATE \"C\", "
+                                             "ALTER COLUMN mid_key TYPE VARCHAR(80) COLLATE \"C\""));
+        return statements;
+    }
     default:
         return {};
     }
@@ -177,7 +202,7 @@ void SuiteSchema::applyStep(SuiteDatabase& db, int step)
     }
     const QString identity = identityColumn(db);
     const QString clustered = clusteredTable(db);
-    const QStringList statements = stepStatements(step);
+    const QStringList statements = stepStatements(step, db.isPostgres());
     for (QString sql : statements)
         db.exec(sql.replace(kIdentity, identity).replace(kClustered, clustered));
     if (step == 1)
@@ -186,8 +211,22 @@ void SuiteSchema::applyStep(SuiteDatabase& db, int step)
     transaction.commit();
 }
 
+void SuiteSchema::refreshStatistics(SuiteDatabase& db)
+{
+    if (db.isPostgres())
+    {
+        db.exec(QStringLiteral("ANALYZE"));
+        return;
+    }
+    // A sample of each index is enough for the planner and keeps ANALYZE
+    // quick on a laboratory's database (it would read every index whole).
+    db.exec(QStringLiteral("PRAGMA analysis_limit = 1000"));
+    db.exec(QStringLiteral("ANALYZE"));
+}
+
 QStringList SuiteSchema::checkIntegrity(SuiteDatabase& db)
 {
+    ++s_checksRun;
     QStringList problems;
     const int current = version(db);
     if (current != CurrentVersion)
@@ -210,20 +249,117 @@ QStringList SuiteSchema::checkIntegrity(SuiteDatabase& db)
         if (db.scalar(QStringLiteral("SELECT COUNT(*) FROM variables WHERE tab = ?"), {tab}).toInt() == 0)
             problems.append(QStringLiteral("The catalogue has no variable for %1.").arg(tabName));
     }
+    problems += db.isPostgres() ? checkPostgres(db) : checkSqlite(db);
+    return problems;
+}
 
-    if (!db.isPostgres())
+QStringList SuiteSchema::checkSqlite(SuiteDatabase& db)
+{
+    QStringList problems;
+    const QString damaged = QStringLiteral("The database file is damaged: %1");
+    // A page damaged badly enough stops a check with an error instead of a
+    // report line; that error is the finding.
+    const auto stoppedBy = [&](const QSqlQuery& query) {
+        if (query.lastError().isValid())
+            problems.append(damaged.arg(query.lastError().databaseText()));
+    };
+
+    QSqlQuery check(db.connection());
+    check.setForwardOnly(true);
+    if (check.exec(QStringLiteral("PRAGMA integrity_check")))
     {
-        QSqlQuery check = db.exec(QStringLiteral("PRAGMA integrity_check"));
         while (check.next())
         {
             const QString line = check.value(0).toString();
             if (line != QLatin1String("ok"))
-                problems.append(QStringLiteral("The database file is damaged: %1").arg(line));
+                problems.append(damaged.arg(line));
         }
-        QSqlQuery keys = db.exec(QStringLiteral("PRAGMA foreign_key_check"));
-        if (keys.next())
-            problems.append(QStringLiteral("The table %1 has rows that refer to missing rows of %2.")
-                                .arg(keys.value(0).toString(), keys.value(2).toString()));
     }
+    stoppedBy(check);
+    check.finish();
+
+    // One line per reference broken, however many rows break it.
+    QSqlQuery keys(db.connection());
+    keys.setForwardOnly(true);
+    if (keys.exec(QStringLiteral("SELECT DISTINCT k.\"table\", k.parent FROM pragma_foreign_key_check AS k "
+                                 "ORDER BY 1, 2")))
+    {
+        while (keys.next())
+            problems.append(orphanProblem(keys.value(0).toString(), keys.value(1).toString()));
+    }
+    stoppedBy(keys);
+    problems.removeDuplicates();
     return problems;
+}
+
+QStringList SuiteSchema::checkPostgres(SuiteDatabase& db)
+{
+    QStringList problems;
+    // Rows the foreign keys should have refused: they get in while the
+    // keys' triggers are switched off (a restore with session_replication_role
+    // = replica, ALTER TABLE ... DISABLE TRIGGER ALL).
+    QSqlQuery keys = db.exec(
+        QStringLiteral("SELECT c.conrelid::regclass::text, quote_ident(a.attname), c.confrelid::regclass::text, "
+                       "quote_ident(pa.attname) "
+                       "FROM pg_constraint c "
+                       "JOIN pg_attribute a ON a.attrelid = c.conrelid AND a.attnum = c.conkey[1] "
+                       "JOIN pg_attribute pa ON pa.attrelid = c.confrelid AND pa.attnum = c.confkey[1] "
+                       "WHERE c.contype = 'f' AND cardinality(c.conkey) = 1 "
+                       "AND c.connamespace = (SELECT oid FROM pg_namespace WHERE nspname = current_schema()) "
+                       "ORDER BY 1, 3"));
+    struct Reference
+    {
+        QString table, column, parent, parentColumn;
+    };
+    std::vector<Reference> references;
+    while (keys.next())
+        references.push_back(
+            {keys.value(0).toString(), keys.value(1).toString(), keys.value(2).toString(), keys.value(3).toString()});
+    for (const Reference& ref : references)
+    {
+        const QVariant orphan = db.scalar(QStringLiteral("SELECT 1 FROM %1 c WHERE c.%2 IS NOT NULL AND NOT EXISTS "
+                                                         "(SELECT 1 FROM %3 p WHERE p.%4 = c.%2) LIMIT 1")
+                                              .arg(ref.table, ref.column, ref.parent, ref.parentColumn));
+        if (!orphan.isNull())
+            problems.append(orphanProblem(ref.table, ref.parent));
+    }
+
+    QSqlQuery off = db.exec(QStringLiteral(
+        "SELECT DISTINCT c.conrelid::regclass::text, c.conname FROM pg_trigger t "
+        "JOIN pg_constraint c ON c.oid = t.tgconstraint "
+        "WHERE t.tgenabled = 'D' AND c.contype = 'f' "
+        "AND c.connamespace = (SELECT oid FROM pg_namespace WHERE nspname = current_schema()) ORDER BY 1, 2"));
+    while (off.next())
+        problems.append(QStringLiteral("The foreign key %2 of the table %1 is switched off.")
+                            .arg(off.value(0).toString(), off.value(1).toString()));
+
+    // A constraint added NOT VALID holds only for rows written since.
+    QSqlQuery unchecked = db.exec(QStringLiteral(
+        "SELECT conrelid::regclass::text, conname FROM pg_constraint WHERE NOT convalidated "
+        "AND connamespace = (SELECT oid FROM pg_namespace WHERE nspname = current_schema()) ORDER BY 1, 2"));
+    while (unchecked.next())
+        problems.append(QStringLiteral("The constraint %2 of the table %1 has not been checked on the stored rows.")
+                            .arg(unchecked.value(0).toString(), unchecked.value(1).toString()));
+
+    // An index whose building failed (CREATE INDEX CONCURRENTLY, REINDEX
+    // CONCURRENTLY) is kept up to date but not used, and a unique one does
+    // not guard its rule.
+    QSqlQuery indexes = db.exec(QStringLiteral(
+        "SELECT c.relname, i.indrelid::regclass::text FROM pg_index i JOIN pg_class c ON c.oid = i.indexrelid "
+        "WHERE (NOT i.indisvalid OR NOT i.indisready) "
+        "AND c.relnamespace = (SELECT oid FROM pg_namespace WHERE nspname = current_schema()) ORDER BY 1"));
+    while (indexes.next())
+        problems.append(QStringLiteral("The index %1 of the table %2 is not valid; rebuild it (REINDEX).")
+                            .arg(indexes.value(0).toString(), indexes.value(1).toString()));
+    return problems;
+}
+
+QString SuiteSchema::orphanProblem(const QString& table, const QString& parent)
+{
+    return QStringLiteral("The table %1 has rows that refer to missing rows of %2.").arg(table, parent);
+}
+
+int SuiteSchema::checksRun()
+{
+    return s_checksRun;
 }

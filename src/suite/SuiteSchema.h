@@ -7,19 +7,22 @@ class SuiteDatabase;
 
 // The suite's tables, created and migrated step by step. The same statements
 // run on SQLite and PostgreSQL (only the self-numbering key column and the
-// storage order of the results are spelled per database). Every step runs in
-// one transaction together with the version it reaches, so a failed step
-// leaves the database at the version before it. Steps only add: no step drops
-// or rewrites stored rows.
+// storage order of the results are spelled per database; the key collation of
+// step 3 is PostgreSQL's alone). Every step runs in one transaction together
+// with the version it reaches, so a failed step leaves the database at the
+// version before it. Steps only add: no step drops or rewrites stored rows.
 //
 // Versions:
 //   1  patients, catalogue (test tables, variables), visits, results, report
 //      definitions and their parameter rows, users and their rights
 //   2  the audit log, and a disabled flag for users
+//   3  visits indexed by patient, tab and date; on PostgreSQL, the
+//      patients' search keys compare by code point (collation "C"), so that
+//      their indexes serve prefix searches
 class SuiteSchema
 {
 public:
-    static constexpr int CurrentVersion = 2;
+    static constexpr int CurrentVersion = 3;
 
     // The version of the database's schema; 0 when it has none yet.
     static int version(SuiteDatabase& db);
@@ -30,13 +33,28 @@ public:
     static int migrate(SuiteDatabase& db, int target = CurrentVersion);
 
     // What is wrong with the database, one sentence each; empty when it is
-    // sound: the schema version, the tables, the catalogue, and on SQLite the
-    // file's own integrity and foreign-key checks.
+    // sound: the schema version, the tables, the catalogue; on SQLite the
+    // file's own integrity and foreign-key checks; on PostgreSQL rows that
+    // break a foreign key, foreign keys switched off, constraints never
+    // checked on the stored rows and indexes left invalid. It reads the whole
+    // database: for "NorrixDBQuery check", and after a creation or migration.
     static QStringList checkIntegrity(SuiteDatabase& db);
+
+    // How many times this process has run checkIntegrity.
+    static int checksRun();
+
+    // Brings the statistics of the query planner up to date, after the
+    // tables were created, migrated or filled in bulk.
+    static void refreshStatistics(SuiteDatabase& db);
 
     // Every table of the current version.
     static QStringList tableNames();
 
 private:
     static void applyStep(SuiteDatabase& db, int step);
+    static QStringList checkSqlite(SuiteDatabase& db);
+    static QStringList checkPostgres(SuiteDatabase& db);
+    static QString orphanProblem(const QString& table, const QString& parent);
+
+    static inline int s_checksRun = 0;
 };

@@ -1,5 +1,7 @@
 #include "suite/SuiteText.h"
 
+#include <string>
+
 QString SuiteText::searchKey(const QString& text)
 {
     return text.toCaseFolded();
@@ -17,6 +19,48 @@ QString SuiteText::likePrefix(const QString& key)
     }
     pattern += u'%';
     return pattern;
+}
+
+QString SuiteText::likeLiteralPrefix(const QString& pattern)
+{
+    QString prefix;
+    for (qsizetype i = 0; i < pattern.size(); ++i)
+    {
+        const QChar c = pattern.at(i);
+        if (c == u'%' || c == u'_')
+            break;
+        if (c == u'!')
+        {
+            // An escape at the very end escapes nothing; LIKE rejects such a
+            // pattern, and the prefix stops there.
+            if (++i == pattern.size())
+                break;
+        }
+        prefix += pattern.at(i);
+    }
+    return prefix;
+}
+
+QString SuiteText::prefixSuccessor(const QString& prefix)
+{
+    constexpr char32_t kLast = 0x10FFFF;
+    std::u32string points = prefix.toStdU32String();
+    while (!points.empty())
+    {
+        char32_t& last = points.back();
+        if (last < kLast)
+        {
+            ++last;
+            // Surrogates are no characters of their own: UTF-8 cannot hold them.
+            if (last >= 0xD800 && last <= 0xDFFF)
+                last = 0xE000;
+            return QString::fromStdU32String(points);
+        }
+        // Nothing follows U+10FFFF at this place: the next text is found one
+        // place before.
+        points.pop_back();
+    }
+    return QString();
 }
 
 QString SuiteText::timestamp(const QDateTime& moment)

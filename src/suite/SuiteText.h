@@ -17,6 +17,19 @@ public:
     static QString likePrefix(const QString& key);
     static inline const QString LikeEscape = QStringLiteral("!");
 
+    // The text that every key matching a LIKE pattern (escape character '!')
+    // starts with: the pattern's characters up to its first wildcard, with
+    // the escapes taken out.
+    static QString likeLiteralPrefix(const QString& pattern);
+
+    // The least text that is greater, in the order of code points (the
+    // binary order of UTF-8, which SQLite's BINARY and PostgreSQL's "C"
+    // collations follow), than every text starting with prefix; a null
+    // string when there is none (an empty prefix, or one of U+10FFFF only).
+    // "key >= prefix AND key < successor" is the prefix match as a range an
+    // index serves.
+    static QString prefixSuccessor(const QString& prefix);
+
     // A moment as the suite stores it: "yyyy-MM-dd HH:mm:ss", local time.
     static QString timestamp(const QDateTime& moment);
 };

@@ -3,6 +3,7 @@
 #include "SuiteTestDatabase.h"
 #include "suite/NorrixReportStore.h"
 #include "suite/SuiteSchema.h"
+#include "suite/SuiteSetup.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -11,7 +12,8 @@
 #include <QSqlQuery>
 #include <QTest>
 
-// The database tool as the program starts it: "NorrixDBQuery auto".
+// The database tool as the program starts it ("NorrixDBQuery auto") and as the
+// administrator checks a database ("NorrixDBQuery check").
 class TestNorrixDBQuery : public QObject
 {
     Q_OBJECT
@@ -60,6 +62,27 @@ private:
         return db.scalar(QStringLiteral("SELECT COUNT(*) FROM ") + table).toInt();
     }
 
+    static Run check() { return run({QStringLiteral("check")}); }
+
+    // Runs statement with the database's reference checks off, as a restore
+    // or a repair by hand might.
+    static void withoutReferenceChecks(SuiteDatabase& db, const QString& statement)
+    {
+        const bool postgres = SuiteTestDatabase::onPostgres();
+        db.exec(postgres ? QStringLiteral("SET session_replication_role = replica")
+                         : QStringLiteral("PRAGMA foreign_keys = OFF"));
+        db.exec(statement);
+        db.exec(postgres ? QStringLiteral("SET session_replication_role = DEFAULT")
+                         : QStringLiteral("PRAGMA foreign_keys = ON"));
+    }
+
+    static const QString& orphanReadings()
+    {
+        static const QString problem =
+            QStringLiteral("The table results has rows that refer to missing rows of visits.");
+        return problem;
+    }
+
 private slots:
     void initTestCase() { QVERIFY2(QFile::exists(toolPath()), qPrintable(toolPath())); }
 
@@ -75,6 +98,11 @@ private slots:
         QVERIFY(count(db, QStringLiteral("patients")) > 300);
         QCOMPARE(count(db, QStringLiteral("qc_reports")), 8);
         QCOMPARE(SuiteSchema::checkIntegrity(db), QStringList());
+        QVERIFY2(first.out.contains(QLatin1String(", checked)")), qPrintable(first.out));
+        const Run checked = check();
+        QCOMPARE(checked.err, QString());
+        QCOMPARE(checked.out, QStringLiteral("ok\n"));
+        QCOMPARE(checked.exitCode, 0);
 
         // Later starts keep what users did in between and add nothing.
         ReportInfo info;
@@ -83,6 +111,7 @@ private slots:
         const int results = count(db, QStringLiteral("results"));
         const Run second = run();
         QCOMPARE(second.exitCode, 0);
+        QVERIFY2(!second.out.contains(QLatin1String("checked")), qPrintable(second.out));
         QCOMPARE(count(db, QStringLiteral("patients")), patients);
         QCOMPARE(count(db, QStringLiteral("results")), results);
         QCOMPARE(count(db, QStringLiteral("qc_reports")), 9);
@@ -230,14 +259,115 @@ private slots:
         SuiteTestDatabase test;
         for (const QStringList& arguments : {QStringList(), QStringList{QStringLiteral("drop")},
                                              QStringList{QStringLiteral("auto"), QStringLiteral("extra")},
-                                             QStringList{QStringLiteral("catalogue"), QStringLiteral("extra")}})
+                                             QStringList{QStringLiteral("catalogue"), QStringLiteral("extra")},
+                                             QStringList{QStringLiteral("check"), QStringLiteral("auto")}})
         {
             const Run result = run(arguments);
             QCOMPARE(result.exitCode, 2);
             QCOMPARE(result.err,
-                     QStringLiteral("Usage: NorrixDBQuery auto | catalogue | import FILE.csv [--dry-run]\n"));
+                     QStringLiteral("Usage: NorrixDBQuery auto | check | catalogue | import FILE.csv [--dry-run]\n"));
         }
         QCOMPARE(SuiteSchema::version(test.db()), 0); // nothing was created
+    }
+
+    void autoOnACurrentDatabaseLeavesTheWholeDatabaseChecksOut()
+    {
+        SuiteTestDatabase test;
+        test.setValue(QStringLiteral("Demo Database"), 1);
+        const int before = SuiteSchema::checksRun();
+        const SuiteSetup::Outcome created = SuiteSetup::runAuto(test.settings());
+        QVERIFY(created.checked);
+        QCOMPARE(SuiteSchema::checksRun(), before + 1);
+
+        const SuiteSetup::Outcome again = SuiteSetup::runAuto(test.settings());
+        QVERIFY(!again.checked);
+        QVERIFY(!again.demoFilled);
+        QCOMPARE(again.version, SuiteSchema::CurrentVersion);
+        QCOMPARE(SuiteSchema::checksRun(), before + 1);
+    }
+
+    void checkFindsReadingsWhoseVisitWasRemoved()
+    {
+        SuiteTestDatabase test;
+        test.fillDemo();
+        SuiteDatabase& db = test.db();
+        QCOMPARE(check().out, QStringLiteral("ok\n"));
+        withoutReferenceChecks(
+            db, QStringLiteral("DELETE FROM visits WHERE visit_id = (SELECT MIN(visit_id) FROM visits)"));
+
+        // The start does not read the readings, so it goes on as before.
+        const Run start = run();
+        QCOMPARE(start.err, QString());
+        QCOMPARE(start.exitCode, 0);
+        QVERIFY2(!start.out.contains(QLatin1String("checked")), qPrintable(start.out));
+
+        const Run result = check();
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.err, QString());
+        QCOMPARE(result.out, orphanReadings() + u'\n');
+    }
+
+    void checkFindsADamagedPage()
+    {
+        if (SuiteTestDatabase::onPostgres())
+            QSKIP("the server keeps its own files; a damaged page is a test of the SQLite file");
+        SuiteTestDatabase test;
+        test.fillDemo();
+        SuiteDatabase& db = test.db();
+        const qint64 pageSize = db.scalar(QStringLiteral("PRAGMA page_size")).toLongLong();
+        const qint64 page =
+            db.scalar(QStringLiteral("SELECT rootpage FROM sqlite_master WHERE name = 'results'")).toLongLong();
+        QVERIFY(page > 1);
+        SuiteDatabase::closeAllConnections();
+
+        // The first page of the readings' tree is overwritten with zeros.
+        QProcess dd;
+        dd.start(QStringLiteral("dd"),
+                 {QStringLiteral("if=/dev/zero"), QStringLiteral("of=") + test.settings().databaseName,
+                  QStringLiteral("bs=%1").arg(pageSize), QStringLiteral("seek=%1").arg(page - 1),
+                  QStringLiteral("count=1"), QStringLiteral("conv=notrunc")});
+        QVERIFY(dd.waitForFinished(30000));
+        QCOMPARE(dd.exitCode(), 0);
+
+        const Run start = run();
+        QCOMPARE(start.exitCode, 0);
+        const Run result = check();
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY2(result.out.startsWith(QLatin1String("The database file is damaged: ")),
+                 qPrintable(result.out + result.err));
+    }
+
+    void autoChecksTheDatabaseItMigrated()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db, 2);
+        db.exec(QStringLiteral("INSERT INTO patients (id_num, id_key, last_name, last_key) VALUES (?, ?, ?, ?)"),
+                {QStringLiteral("OLD1"), QStringLiteral("old1"), QStringLiteral("Elder"), QStringLiteral("elder")});
+        db.exec(QStringLiteral("INSERT INTO visits (patient_id, visit_date, tab) VALUES "
+                               "((SELECT patient_id FROM patients), '2024-01-01', 0)"));
+        db.exec(QStringLiteral("INSERT INTO results (visit_id, table_id, var_id, result_value) VALUES "
+                               "((SELECT visit_id FROM visits), (SELECT MIN(table_id) FROM test_tables), "
+                               "(SELECT MIN(var_id) FROM variables), 1.5)"));
+        withoutReferenceChecks(db, QStringLiteral("DELETE FROM visits"));
+
+        const Run result = run();
+        checkOneLineFailure(result);
+        QVERIFY2(result.err.contains(orphanReadings()), qPrintable(result.err));
+        // The migration itself stands.
+        QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion);
+    }
+
+    void checkOfAMissingDatabaseFailsWithOneLine()
+    {
+        SuiteTestDatabase test;
+        if (SuiteTestDatabase::onPostgres())
+            test.setValue(QStringLiteral("Database Name"), QStringLiteral("calvex_test_absent"));
+        const Run result = check();
+        checkOneLineFailure(result);
+        QVERIFY(result.err.startsWith(QLatin1String("The QC database cannot be opened")));
+        if (!SuiteTestDatabase::onPostgres())
+            QVERIFY(!QFile::exists(test.settings().databaseName));
     }
 };
 

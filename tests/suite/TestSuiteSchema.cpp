@@ -207,19 +207,133 @@ private slots:
         QCOMPARE(SuiteSchema::checkIntegrity(db), QStringList{QStringLiteral("The catalogue has no variable for GX.")});
     }
 
-    void integrityCheckFindsBrokenReferencesInTheFile()
+    void integrityCheckFindsBrokenReferences()
     {
-        if (SuiteTestDatabase::onPostgres())
-            QSKIP("PostgreSQL never stores a row whose reference is broken; this check is SQLite's own");
         SuiteTestDatabase test;
         SuiteDatabase& db = test.db();
         SuiteSchema::migrate(db);
-        db.exec(QStringLiteral("PRAGMA foreign_keys = OFF"));
+        // Each database stores such a row only with its reference checks off.
+        const bool postgres = SuiteTestDatabase::onPostgres();
+        db.exec(postgres ? QStringLiteral("SET session_replication_role = replica")
+                         : QStringLiteral("PRAGMA foreign_keys = OFF"));
         db.exec(QStringLiteral("INSERT INTO visits (patient_id, visit_date, tab) VALUES (?, ?, ?)"),
                 {4242, QDate(2024, 1, 1), 0});
-        db.exec(QStringLiteral("PRAGMA foreign_keys = ON"));
+        db.exec(postgres ? QStringLiteral("SET session_replication_role = DEFAULT")
+                         : QStringLiteral("PRAGMA foreign_keys = ON"));
         QCOMPARE(SuiteSchema::checkIntegrity(db),
                  QStringList{QStringLiteral("The table visits has rows that refer to missing rows of patients.")});
+    }
+
+    void integrityCheckFindsReferenceChecksSwitchedOffOnTheServer()
+    {
+        if (!SuiteTestDatabase::onPostgres())
+            QSKIP("foreign keys are switched off per table only on PostgreSQL; this runs in the PostgreSQL run");
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db);
+        db.exec(QStringLiteral("ALTER TABLE visits DISABLE TRIGGER ALL"));
+        // The table's own reference and the one to it, whose checks run on it too.
+        QCOMPARE(SuiteSchema::checkIntegrity(db),
+                 (QStringList{
+                     QStringLiteral("The foreign key results_visit_id_fkey of the table results is switched off."),
+                     QStringLiteral("The foreign key visits_patient_id_fkey of the table visits is switched off.")}));
+        db.exec(QStringLiteral("ALTER TABLE visits ENABLE TRIGGER ALL"));
+        db.exec(QStringLiteral("ALTER TABLE visits ADD CONSTRAINT visits_recent CHECK (visit_date > '2000-01-01') "
+                               "NOT VALID"));
+        QCOMPARE(SuiteSchema::checkIntegrity(db),
+                 QStringList{QStringLiteral("The constraint visits_recent of the table visits has not been checked on "
+                                            "the stored rows.")});
+        db.exec(QStringLiteral("ALTER TABLE visits DROP CONSTRAINT visits_recent"));
+
+        // A unique index built concurrently over rows that break it stays behind, invalid.
+        const int patient =
+            db.scalar(QStringLiteral("INSERT INTO patients (id_num, id_key, last_name, last_key) "
+                                     "VALUES (?, ?, ?, ?) RETURNING patient_id"),
+                      {QStringLiteral("A1"), QStringLiteral("a1"), QStringLiteral("A"), QStringLiteral("a")})
+                .toInt();
+        for (int i = 0; i < 2; ++i)
+            db.exec(QStringLiteral("INSERT INTO visits (patient_id, visit_date, tab) VALUES (?, ?, ?)"),
+                    {patient, QDate(2024, 1, 1), 0});
+        QVERIFY_THROWS_EXCEPTION(RuntimeError,
+                                 db.exec(QStringLiteral("CREATE UNIQUE INDEX CONCURRENTLY visits_one_a_day ON visits "
+                                                        "(patient_id, visit_date)")));
+        QCOMPARE(SuiteSchema::checkIntegrity(db),
+                 QStringList{QStringLiteral("The index visits_one_a_day of the table visits is not valid; rebuild it "
+                                            "(REINDEX).")});
+    }
+
+    void searchKeysCompareByCodePointOnTheServer()
+    {
+        if (!SuiteTestDatabase::onPostgres())
+            QSKIP("SQLite compares every text by code point; this runs in the PostgreSQL run");
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db, 2);
+        fillVersionOne(db);
+        SuiteSchema::migrate(db);
+        QSqlQuery columns = db.exec(QStringLiteral("SELECT column_name, collation_name FROM information_schema.columns "
+                                                   "WHERE table_schema = current_schema() AND table_name = 'patients' "
+                                                   "AND column_name LIKE '%_key' ORDER BY column_name"));
+        QStringList collations;
+        while (columns.next())
+            collations.append(columns.value(0).toString() + u'=' + columns.value(1).toString());
+        QCOMPARE(collations, (QStringList{QStringLiteral("first_key=C"), QStringLiteral("id_key=C"),
+                                          QStringLiteral("last_key=C"), QStringLiteral("mid_key=C")}));
+        QCOMPARE(db.scalar(QStringLiteral("SELECT first_key FROM patients WHERE id_key = ?"), {QStringLiteral("qc900")})
+                     .toString(),
+                 QStringLiteral("máire"));
+    }
+
+    void aSubjectsVisitsOfATabAreOneStretchOfAnIndex()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db, 2);
+        fillVersionOne(db);
+        SuiteSchema::migrate(db);
+        const QString visits =
+            QStringLiteral("SELECT visit_id, visit_date FROM visits WHERE patient_id = 1 AND tab = 0 "
+                           "AND visit_date <= '2024-06-30' ORDER BY visit_date, visit_id");
+        QStringList plan;
+        if (SuiteTestDatabase::onPostgres())
+        {
+            db.exec(QStringLiteral("SET enable_seqscan = off"));
+            QSqlQuery explain = db.exec(QStringLiteral("EXPLAIN ") + visits);
+            while (explain.next())
+                plan.append(explain.value(0).toString().trimmed());
+            db.exec(QStringLiteral("RESET enable_seqscan"));
+            const QString lines = plan.join(u'\n');
+            QVERIFY2(lines.contains(QLatin1String("Index Scan using visits_patient_tab_date")) ||
+                         lines.contains(QLatin1String("Index Only Scan using visits_patient_tab_date")),
+                     qPrintable(lines));
+        }
+        else
+        {
+            QSqlQuery explain = db.exec(QStringLiteral("EXPLAIN QUERY PLAN ") + visits);
+            while (explain.next())
+                plan.append(explain.value(3).toString());
+            // Only the index, already in date order.
+            QCOMPARE(plan, QStringList{QStringLiteral("SEARCH visits USING COVERING INDEX visits_patient_tab_date "
+                                                      "(patient_id=? AND tab=? AND visit_date<?)")});
+        }
+    }
+
+    void statisticsAreRefreshed()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db);
+        fillVersionOne(db);
+        const QString statistics =
+            SuiteTestDatabase::onPostgres()
+                ? QStringLiteral("SELECT COUNT(*) FROM pg_stat_user_tables "
+                                 "WHERE relname = 'patients' AND last_analyze IS NOT NULL")
+                : QStringLiteral("SELECT COUNT(*) FROM sqlite_master WHERE name = 'sqlite_stat1'");
+        QCOMPARE(db.scalar(statistics).toInt(), 0);
+        SuiteSchema::refreshStatistics(db);
+        QCOMPARE(db.scalar(statistics).toInt(), 1);
+        if (!SuiteTestDatabase::onPostgres())
+            QVERIFY(db.scalar(QStringLiteral("SELECT COUNT(*) FROM sqlite_stat1 WHERE tbl = 'patients'")).toInt() > 0);
     }
 };
 

@@ -1,11 +1,24 @@
-// NorrixDBQuery auto: creates or migrates the QC database named by the suite's
-// settings, fills the demo data into a new embedded demo database and checks
-// the database. Exit status 0 on success; otherwise one line on stderr saying
-// why, and a non-zero status.
+// NorrixDBQuery: the suite's database tool.
 //
-// NorrixDBQuery import FILE.csv [--dry-run]: brings a laboratory's QC results
-// in (SuiteImportCommand). NorrixDBQuery catalogue: lists the tables and
-// variables an import names (SuiteCatalogueCommand).
+//   NorrixDBQuery auto       run at every start of the program: creates or
+//                            migrates the QC database named by the suite's
+//                            settings, fills the demo data into a new embedded
+//                            demo database and gives a tab without a saved
+//                            definition its starter definition; only after a
+//                            creation or migration does it check the whole
+//                            database
+//   NorrixDBQuery check      checks the whole database on demand (after a crash,
+//                            before a backup): prints "ok", or each problem on a
+//                            line of its own
+//   NorrixDBQuery import FILE.csv [--dry-run]
+//                            brings a laboratory's QC results in
+//                            (SuiteImportCommand)
+//   NorrixDBQuery catalogue  lists the tables and variables an import names
+//                            (SuiteCatalogueCommand)
+//
+// Exit status 0 on success; 1 when the database cannot be brought up, has
+// problems or a file cannot be imported (a failure to reach it is one line on
+// stderr); 2 for a bad command line.
 
 #include "platform/RuntimeError.h"
 #include "suite/SuiteCatalogueCommand.h"
@@ -46,6 +59,37 @@ int runDataCommand(const QStringList& arguments)
     SuiteDatabase::closeAllConnections();
     return status;
 }
+
+int runAuto(const SuiteSettings& settings)
+{
+    const SuiteSetup::Outcome outcome = SuiteSetup::runAuto(settings);
+    QString line = QStringLiteral("QC database ready (schema version %1").arg(outcome.version);
+    if (outcome.versionBefore != outcome.version)
+        line += QStringLiteral(", was %1").arg(outcome.versionBefore);
+    if (outcome.demoFilled)
+        line += QStringLiteral(", demo data filled");
+    if (outcome.startersAdded > 0)
+        line += outcome.startersAdded == 1
+                    ? QStringLiteral(", 1 starter report definition saved")
+                    : QStringLiteral(", %1 starter report definitions saved").arg(outcome.startersAdded);
+    if (outcome.checked)
+        line += QStringLiteral(", checked");
+    printLine(stdout, line + QStringLiteral("): ") + settings.describe());
+    return 0;
+}
+
+int runCheck(const SuiteSettings& settings)
+{
+    const QStringList problems = SuiteSetup::runCheck(settings);
+    if (problems.isEmpty())
+    {
+        printLine(stdout, QStringLiteral("ok"));
+        return 0;
+    }
+    for (const QString& problem : problems)
+        printLine(stdout, problem);
+    return kExitFailed;
+}
 } // namespace
 
 int main(int argc, char** argv)
@@ -54,9 +98,11 @@ int main(int argc, char** argv)
     const QStringList arguments = QCoreApplication::arguments();
     if (const int status = runDataCommand(arguments); status >= 0)
         return status;
-    if (arguments.size() != 2 || arguments.at(1).compare(QLatin1String("auto"), Qt::CaseInsensitive) != 0)
+    const QString command = arguments.size() == 2 ? arguments.at(1).toLower() : QString();
+    if (command != QLatin1String("auto") && command != QLatin1String("check"))
     {
-        printLine(stderr, QStringLiteral("Usage: NorrixDBQuery auto | catalogue | import FILE.csv [--dry-run]"));
+        printLine(stderr,
+                  QStringLiteral("Usage: NorrixDBQuery auto | check | catalogue | import FILE.csv [--dry-run]"));
         return kExitUsage;
     }
 
@@ -64,17 +110,7 @@ int main(int argc, char** argv)
     try
     {
         const SuiteSettings settings = SuiteSettings::fromRegistry();
-        const SuiteSetup::Outcome outcome = SuiteSetup::runAuto(settings);
-        QString line = QStringLiteral("QC database ready (schema version %1").arg(outcome.version);
-        if (outcome.versionBefore != outcome.version)
-            line += QStringLiteral(", was %1").arg(outcome.versionBefore);
-        if (outcome.demoFilled)
-            line += QStringLiteral(", demo data filled");
-        if (outcome.startersAdded > 0)
-            line += outcome.startersAdded == 1
-                        ? QStringLiteral(", 1 starter report definition saved")
-                        : QStringLiteral(", %1 starter report definitions saved").arg(outcome.startersAdded);
-        printLine(stdout, line + QStringLiteral("): ") + settings.describe());
+        status = command == QLatin1String("auto") ? runAuto(settings) : runCheck(settings);
     }
     catch (const RuntimeError& error)
     {
