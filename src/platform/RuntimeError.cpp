@@ -5,5 +5,4 @@ RuntimeError::RuntimeError(qint32 number, QString source, QString description)
     , m_number(number)
     , m_source(std::move(source))
     , m_description(std::move(description))
-{
-}
+{}
