@@ -16,9 +16,12 @@ target_compile_definitions(calvex_common INTERFACE
     CALVEX_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
     CALVEX_VERSION_MINOR=${PROJECT_VERSION_MINOR}
     CALVEX_VERSION_PATCH=${PROJECT_VERSION_PATCH})
+# The sanitizers stop the program at the first report, undefined behaviour
+# included, so that a test cannot pass over one.
 if(CALVEX_SANITIZE)
-    target_compile_options(calvex_common INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer)
-    target_link_options(calvex_common INTERFACE -fsanitize=address,undefined)
+    target_compile_options(calvex_common INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
+                           -fno-omit-frame-pointer)
+    target_link_options(calvex_common INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all)
 endif()
 
 # One static library per source folder: every .cpp/.h of the folder, linked to

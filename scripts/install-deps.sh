@@ -8,6 +8,7 @@ packages=(
     qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql
     libgmp-dev
     fonts-liberation2
+    clang-format-14
     poppler-utils xvfb xauth
     postgresql
     cups cups-client cups-bsd printer-driver-cups-pdf

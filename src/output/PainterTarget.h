@@ -1,20 +1,13 @@
 #pragma once
 
+#include "output/DeferredDrawing.h"
 #include "output/OutputTarget.h"
+#include "output/TextShaper.h"
 
 #include <QColor>
-#include <QFont>
-#include <QFontMetricsF>
-#include <QGlyphRun>
-#include <QHash>
-#include <QList>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPointF>
-#include <QRawFont>
-
-#include <memory>
-#include <vector>
+#include <QString>
 
 class QPaintDevice;
 
@@ -34,26 +27,11 @@ class QPaintDevice;
 // target can be measured without starting a print job; a subclass may end it
 // (EndDoc on a printer) and the next drawing begins it again.
 //
-// Pages of many thousand marks and cells stay cheap:
-// - each font (typeface, size, bold) is set up once, and shapes a text only
-//   the first time it is measured or printed: it keeps the width and the
-//   glyphs. A number or a date is not laid out at all but put together from
-//   its characters' glyphs and the kerning of each pair of them, which the
-//   font learns once from layouts of the characters and the pairs;
-// - printed text is kept back and drawn as one run of glyphs, in the order
-//   printed, up to the next operation that is not text in the same font and
-//   pen: a table page's cells become one piece of text instead of one each.
-//   The glyphs land where the printed texts put them;
-// - the pen reaches the painter only when it changes;
-// - a line, point, box or circle is drawn around a local origin at its own
-//   centre. On a PDF page every mark of a chart then writes the same path
-//   text, only its origin differs, and the page's compression folds the
-//   repeats away; on a picture it is the same drawing. Text is drawn with the
-//   origin at the page's corner;
-// - solid points, circles and lines with one centre and one pen, drawn one
-//   after the other (a chart's circled cross: its dot, its circle and its two
-//   strokes), are kept back and drawn as one outline, the way text is kept
-//   back: one call to the painter instead of four for each visit.
+// This class keeps the printer object's state and turns its operations into
+// device pixels; pages of many thousand marks and cells stay cheap through
+// the two parts it hands them to: TextShaper shapes each different text once
+// (numbers and dates from their characters' glyphs), and DeferredDrawing keeps
+// printed text and a chart's marks back and draws them in few painter calls.
 class PainterTarget : public OutputTarget
 {
 public:
@@ -92,7 +70,7 @@ public:
     // Device pixels per inch: the resolution the page is drawn at.
     double dotsPerInch() const { return m_dotsPerInch; }
     // Texts, characters and pairs of characters laid out so far to be measured.
-    qsizetype layoutCount() const { return m_layoutCount; }
+    qsizetype layoutCount() const { return m_shaper.layoutCount(); }
 
 protected:
     PainterTarget() = default;
@@ -117,123 +95,23 @@ protected:
     void homePosition();
 
 private:
-    // A one-line text as a font measures and draws it, shaped once. Most
-    // texts are glyphs of one font on the baseline, kept compactly: every
-    // visit's date is measured before the first page is drawn.
-    struct ShapedText
-    {
-        double width = 0; // device pixels
-        QRawFont font;
-        QList<quint32> glyphs;
-        QList<float> offsets;   // from the text's left end, along the baseline
-        QList<QGlyphRun> mixed; // instead: glyphs of several fonts, or off the baseline
-    };
-
-    // A character laid out alone: its glyph and advance (device pixels);
-    // not usable when it is no single glyph of the font's own.
-    struct LoneGlyph
-    {
-        quint32 glyph = 0;
-        double advance = 0;
-        bool usable = false;
-    };
-
-    // Two characters laid out side by side: what the first one's advance
-    // gains (device pixels); not usable when either changes its glyph.
-    struct GlyphPair
-    {
-        double kerning = 0;
-        bool usable = false;
-    };
-
-    // A font as the device renders it, with the texts measured or printed in it.
-    struct DeviceFont
-    {
-        QString typeface;
-        double points;
-        bool bold;
-        QFont font;
-        QFontMetricsF metrics;
-        QHash<QString, ShapedText> texts = {};
-        QHash<char16_t, LoneGlyph> alone = {};
-        QHash<quint32, GlyphPair> pairs = {}; // first character << 16 | second
-        QRawFont loneFont = {};               // the font of every lone glyph
-        int composedChecked = 0;
-        bool composingTrusted = true;
-    };
-
-    // One line as QTextLayout lays it out.
-    struct LaidOutLine
-    {
-        double width;  // device pixels
-        double ascent; // the baseline's distance from the line's top
-        QList<QGlyphRun> runs;
-    };
-
-    struct Pen
-    {
-        QColor color;
-        int width;
-        int style;
-        bool operator==(const Pen&) const = default;
-    };
-
-    // Solid shapes not drawn yet: outlines in one pen around one origin.
-    struct PendingShapes
-    {
-        Pen pen;
-        QPointF origin; // device pixels
-        QPainterPath path;
-    };
-
-    // Printed text not drawn yet: glyphs of one font in one pen, at their
-    // places on the page.
-    struct PendingText
-    {
-        Pen pen;
-        QRawFont font;
-        QList<quint32> glyphs;
-        QList<QPointF> positions;
-    };
-
     double toDevice(double twips) const { return twips * m_pixelsPerTwip; }
-    DeviceFont& currentFont();
-    const ShapedText& shaped(DeviceFont& font, const QString& line);
-    LaidOutLine layOut(const DeviceFont& font, const QString& line);
-    // One run of glyphs of one font, all on the baseline at float places.
-    static bool isOneRunOnBaseline(const LaidOutLine& laidOut);
-    // The character's lone glyph, learnt once; null when it has none.
-    const LoneGlyph* loneGlyph(DeviceFont& font, char16_t character);
-    // The kerning of two lone glyphs side by side, learnt once; null when
-    // the pair shapes into other glyphs.
-    const GlyphPair* glyphPair(DeviceFont& font, char16_t first, const LoneGlyph& a, char16_t second,
-                               const LoneGlyph& b);
-    // The line put together from its characters' lone glyphs and their
-    // pairs' kerning; false when that cannot give the line's own layout.
-    bool composeOfLoneGlyphs(DeviceFont& font, const QString& line, ShapedText& text);
-    void printLine(DeviceFont& font, const QString& line, const QPointF& baseline, const Pen& pen);
-    // Room in the pending text for glyphs of font in pen: what is pending in
-    // another font or pen is drawn first.
-    void prepareToAdd(const QRawFont& font, const Pen& pen);
-    void drawPendingText();
-    // The outline that a shape centred at anchor (device pixels) in pen joins,
-    // in coordinates relative to the anchor: what is pending around another
-    // anchor or in another pen is drawn first.
-    QPainterPath& shapesAround(const QPointF& anchor, const Pen& pen);
-    void drawPendingShapes();
-    void drawPatternedShapesAtOnce();
-    // Draws what is kept back: text or shapes (never both at once).
-    void drawPending();
+    // The shaper, measuring on paintDevice().
+    TextShaper& shaper();
+    TextShaper::Font& currentFont();
+    void printLine(TextShaper::Font& font, const QString& line, const QPointF& baseline,
+                   const DeferredDrawing::Pen& pen);
+    // The outline that a shape centred at anchor (device pixels) joins, the
+    // painter begun.
+    QPainterPath& shapesAround(const QPointF& anchor, const DeferredDrawing::Pen& pen);
     void fontChanged();
-    Pen penFor(const QColor& color) const;
-    void usePen(const Pen& pen);
+    DeferredDrawing::Pen penFor(const QColor& color) const;
     // The painter, begun, with nothing printed left undrawn.
     QPainter& activePainter();
-    // Moves the painter's origin to anchor (device pixels).
-    void moveOrigin(const QPointF& anchor);
 
     QPainter m_painter;
-    qsizetype m_layoutCount = 0;
+    DeferredDrawing m_deferred{m_painter};
+    TextShaper m_shaper;
     double m_dotsPerInch = 1440;
     double m_pixelsPerTwip = 1;
 
@@ -243,23 +121,12 @@ private:
     QString m_typeface = defaultTypeface();
     double m_fontSize = 10;
     bool m_fontBold = false;
-    // Every font used so far at this resolution; m_font is the current one.
-    std::vector<std::unique_ptr<DeviceFont>> m_fonts;
-    DeviceFont* m_font = nullptr;
+    // The current font; null until it is next needed.
+    TextShaper::Font* m_font = nullptr;
 
     QColor m_foreColor = QColor(0, 0, 0);
     int m_drawWidth = 1;
     int m_drawStyle = 0;
-
-    PendingText m_pending;
-    PendingShapes m_shapes;
-
-    // What the painter's pen is now, so that it is replaced only on a change.
-    bool m_painterPenStale = true;
-    Pen m_painterPen;
-
-    // Where the painter's origin is now, in device pixels.
-    QPointF m_origin;
 
     static QString defaultTypeface();
 };

@@ -13,8 +13,8 @@ void GetPrintArea(OutputTarget& target, PageRect& area, double& height, double& 
 
 // Title (text 4104) with today's date at the right, the period line and the
 // patient line; moves area.Top below the header.
-void PrintPageHeader(OutputTarget& target, const QString& patientName, const QString& fromDate,
-                     const QString& toDate, PageRect& area);
+void PrintPageHeader(OutputTarget& target, const QString& patientName, const QString& fromDate, const QString& toDate,
+                     PageRect& area);
 
 // "Page n" or "Page n of N" centred at the bottom; moves area.Bottom above the footer.
 void PrintPageFooter(OutputTarget& target, qint32 pageNumber, PageRect& area, qint32 pageTotal);

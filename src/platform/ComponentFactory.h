@@ -30,8 +30,7 @@ public:
 
     // Throws RuntimeError 429 when nothing is registered under classId or the
     // registered class does not offer interface T.
-    template <class T>
-    static std::unique_ptr<T> create(const QString& classId)
+    template <class T> static std::unique_ptr<T> create(const QString& classId)
     {
         std::unique_ptr<Component> object = createComponent(classId);
         T* typed = dynamic_cast<T*>(object.get());

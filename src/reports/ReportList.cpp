@@ -9,7 +9,7 @@
 #include "platform/RuntimeError.h"
 #include "platform/VbConversions.h"
 #include "platform/modResource.h"
-#include "reports/SIUnitSetting.h"
+#include "platform/SIUnitSetting.h"
 #include "reports/VariableGridCells.h"
 #include "widgets/ComboList.h"
 

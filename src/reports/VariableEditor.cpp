@@ -12,7 +12,7 @@
 #include "platform/VbConversions.h"
 #include "platform/modResource.h"
 #include "reports/NamedControls.h"
-#include "reports/SIUnitSetting.h"
+#include "platform/SIUnitSetting.h"
 #include "reports/VariableGridCells.h"
 #include "widgets/ComboList.h"
 #include "widgets/EventGuard.h"

@@ -4,7 +4,7 @@
 #include "platform/MessageService.h"
 #include "platform/RuntimeError.h"
 #include "platform/modResource.h"
-#include "reports/SIUnitSetting.h"
+#include "platform/SIUnitSetting.h"
 #include "reports/SelectedVariable.h"
 #include "run/PrintJob.h"
 #include "run/WaitCursor.h"

@@ -1,5 +1,6 @@
 #include "AutoLogoutFixture.h"
 
+#include "common/ModalDriver.h"
 #include "common/TestMain.h"
 #include "platform/MessageService.h"
 #include "widgets/QtMessageService.h"
@@ -8,7 +9,6 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QVBoxLayout>
@@ -32,18 +32,6 @@ class TestActivityFilter : public QObject
     {
         QKeyEvent event(type, key, Qt::NoModifier);
         QApplication::sendEvent(widget, &event);
-    }
-
-    // Runs inside in the loop of the modal window that opens next; a window
-    // that inside leaves open (a failed check) is closed.
-    static void whenModalOpens(std::function<void(QWidget*)> inside)
-    {
-        QTimer::singleShot(0, qApp, [inside = std::move(inside)] {
-            QPointer<QWidget> modal = QApplication::activeModalWidget();
-            inside(modal);
-            if (auto* dialog = qobject_cast<QDialog*>(modal.data()); dialog && dialog->isVisible())
-                dialog->done(0);
-        });
     }
 
 private slots:
@@ -118,7 +106,7 @@ private slots:
         QObject::connect(ok, &QPushButton::clicked, &dialog, &QDialog::accept);
 
         bool inside = false;
-        whenModalOpens([&](QWidget* modal) {
+        ModalDriver::whenModal([&](QWidget* modal) {
             QCOMPARE(modal, &dialog);
             inside = true;
             QVERIFY(resets([&] { QTest::keyClicks(name, QStringLiteral("QC")); }));
@@ -141,7 +129,7 @@ private slots:
         const auto restore = qScopeGuard([previous] { MessageService::install(previous); });
 
         bool inside = false;
-        whenModalOpens([&](QWidget* modal) {
+        ModalDriver::whenModal([&](QWidget* modal) {
             auto* box = qobject_cast<QMessageBox*>(modal);
             QVERIFY(box);
             inside = true;

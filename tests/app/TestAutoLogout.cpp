@@ -2,6 +2,7 @@
 
 #include "common/TestMain.h"
 
+#include <QScopeGuard>
 #include <QTest>
 
 namespace
@@ -344,6 +345,62 @@ private slots:
         QCOMPARE(intIdleSeconds, qint16(0));
         QVERIFY(f.quietTicks(1));
         QCOMPARE(intIdleSeconds, qint16(1));
+    }
+
+    void logsOutAfterOneIdleSecondAndTheCountdown()
+    {
+        // The whole auto-logout at a limit of one second, every tick of both
+        // timers driven here, each one when its timer's second has passed on
+        // the clock: the countdown comes on the second tick, counts sixteen
+        // seconds, and the main window closes on the next tick.
+        AutoLogoutFixture f(1);
+        f.start();
+        lngLogoutSeconds = 1;
+        intIdleSeconds = 0;
+        f.window().show();
+        QCOMPARE(f.window().ActivityTimer->interval(), 1000);
+
+        const QDateTime start = Clock::now();
+        const auto secondsGone = [&start] { return start.secsTo(Clock::now()); };
+        qint64 countdownShown = -1;
+        qint64 countdownGone = -1;
+        qint64 engineTold = -1;
+        QStringList seconds;
+        f.main.engine->calls.clear();
+        f.main.engine->onCall = [&](const QString& call) {
+            if (call.startsWith(QStringLiteral("CloseApplication")))
+                engineTold = secondsGone();
+        };
+        const auto stopListening = qScopeGuard([&] { f.main.engine->onCall = nullptr; });
+
+        for (int tick = 0; tick < 30 && !f.window().IsUnloaded(); ++tick)
+        {
+            Clock::advanceSeconds(1);
+            f.tick([&](frmAutoLogout& countdown) {
+                QCOMPARE(countdown.StopTimer->interval(), 1000);
+                countdownShown = secondsGone();
+                seconds.append(countdown.txtSeconds->text());
+                for (int second = 0; second < 30 && countdown.isVisible(); ++second)
+                {
+                    Clock::advanceSeconds(1);
+                    countdown.StopTimer_Timer();
+                    if (countdown.isVisible())
+                        seconds.append(countdown.txtSeconds->text());
+                }
+                countdownGone = secondsGone();
+            });
+        }
+
+        QVERIFY(f.window().IsUnloaded());
+        QCOMPARE(f.main.engine->calls,
+                 QStringList({QStringLiteral("CloseApplication 6 true"), QStringLiteral("released")}));
+        // The countdown comes once the idle count has passed one second: on the second tick.
+        QCOMPARE(countdownShown, 2);
+        QCOMPARE(seconds, QStringList{QStringLiteral("15")} + countdownTexts.mid(0, 15));
+        QCOMPARE(f.beeps, countdownTexts);
+        // Sixteen seconds of countdown, then the window closes on the main window's next tick.
+        QCOMPARE(countdownGone - countdownShown, 16);
+        QCOMPARE(engineTold, countdownGone + 1);
     }
 
     void addSecondOverflowsBeyondSixteenBits()

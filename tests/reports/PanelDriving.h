@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ModalDriver.h"
 #include "reports/ReportTabsPanel.h"
 #include "reports/frmSaveAs.h"
 
@@ -64,24 +65,10 @@ inline void addVariable(ReportTabsPanel& panel, int tab, const QString& table, c
 }
 
 // Runs `handle` on the modal window as soon as it is open (the caller then
-// does what opens it). A dialog that `handle` left open (a failed check) is
-// cancelled, so that the test goes on. The window is given up after a few
-// seconds.
+// does what opens it); see ModalDriver::whenModal.
 inline void whenModal(std::function<void(QWidget*)> handle, int attempts = 200)
 {
-    QTimer::singleShot(10, qApp, [handle = std::move(handle), attempts]() mutable {
-        if (QWidget* modal = QApplication::activeModalWidget())
-        {
-            handle(modal);
-            auto* dialog = qobject_cast<QDialog*>(modal);
-            if (dialog && dialog->isVisible())
-                dialog->reject();
-        }
-        else if (attempts > 0)
-        {
-            whenModal(std::move(handle), attempts - 1);
-        }
-    });
+    ModalDriver::whenModal(std::move(handle), attempts);
 }
 
 // Answers the "Save Report" window: types name and presses Save, or presses

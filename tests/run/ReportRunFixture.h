@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ModalDriver.h"
+#include "common/ModalDriver.h"
 #include "common/ScopedRegistryFile.h"
 #include "common/TestStrings.h"
 #include "components/QCReportStore.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ModalDriver.h"
 #include "common/FakeCalcEngine.h"
 #include "common/FakePatientQuery.h"
+#include "common/ModalDriver.h"
 #include "common/ScopedRegistryFile.h"
 #include "common/TestStrings.h"
 #include "components/PatientQuery.h"

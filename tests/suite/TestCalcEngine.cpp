@@ -8,8 +8,8 @@
 #include "suite/SuiteDataLoader.h"
 #include "suite/SuiteSchema.h"
 
-#include <QSqlQuery>
 #include <QFileInfo>
+#include <QSqlQuery>
 #include <QTest>
 
 class TestCalcEngine : public QObject

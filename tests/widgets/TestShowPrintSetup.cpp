@@ -1,3 +1,4 @@
+#include "common/ModalDriver.h"
 #include "common/TestMain.h"
 #include "common/TestStrings.h"
 #include "platform/RecordingMessageService.h"
@@ -10,29 +11,11 @@
 #include <QPrintDialog>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 #include <functional>
 
 namespace
 {
-// Waits inside the dialog's own event loop until a modal window of type T is
-// up, then lets act work on it.
-template <typename T> void whenModalOpens(std::function<void(T*)> act)
-{
-    auto* poll = new QTimer(qApp);
-    poll->setInterval(10);
-    QObject::connect(poll, &QTimer::timeout, poll, [poll, act = std::move(act)] {
-        auto* window = qobject_cast<T*>(QApplication::activeModalWidget());
-        if (!window || !window->isVisible())
-            return;
-        poll->stop();
-        poll->deleteLater();
-        act(window);
-    });
-    poll->start();
-}
-
 void clickButton(QDialog* dialog, QDialogButtonBox::ButtonRole role)
 {
     const auto boxes = dialog->findChildren<QDialogButtonBox*>();
@@ -53,12 +36,14 @@ void clickButton(QDialog* dialog, QDialogButtonBox::ButtonRole role)
 
 void acceptPrintDialog()
 {
-    whenModalOpens<QPrintDialog>([](QPrintDialog* dialog) { clickButton(dialog, QDialogButtonBox::AcceptRole); });
+    ModalDriver::whenModal<QPrintDialog>(
+        [](QPrintDialog* dialog) { clickButton(dialog, QDialogButtonBox::AcceptRole); });
 }
 
 void cancelPrintDialog()
 {
-    whenModalOpens<QPrintDialog>([](QPrintDialog* dialog) { clickButton(dialog, QDialogButtonBox::RejectRole); });
+    ModalDriver::whenModal<QPrintDialog>(
+        [](QPrintDialog* dialog) { clickButton(dialog, QDialogButtonBox::RejectRole); });
 }
 } // namespace
 
@@ -108,7 +93,7 @@ private slots:
         QString title;
         bool pageRange = true;
         bool selection = true;
-        whenModalOpens<QPrintDialog>([&](QPrintDialog* dialog) {
+        ModalDriver::whenModal<QPrintDialog>([&](QPrintDialog* dialog) {
             title = dialog->windowTitle();
             pageRange = dialog->testOption(QAbstractPrintDialog::PrintPageRange);
             selection = dialog->testOption(QAbstractPrintDialog::PrintSelection);
@@ -164,20 +149,18 @@ private slots:
         ScopedTestStrings strings;
         RecordingMessageService boxes;
         bool landscapeFound = false;
-        whenModalOpens<QPrintDialog>([&](QPrintDialog* dialog) {
+        ModalDriver::whenModal<QPrintDialog>([&](QPrintDialog* dialog) {
             // Page orientation lives in the printer's properties dialog.
-            whenModalOpens<QDialog>([&, dialog](QDialog* properties) {
-                if (properties == dialog)
-                    return;
+            ModalDriver::whenModal<QDialog>([&](QDialog* properties) {
                 if (auto* landscape = properties->findChild<QAbstractButton*>(QStringLiteral("landscape")))
                 {
                     landscapeFound = true;
                     landscape->click();
                 }
                 clickButton(properties, QDialogButtonBox::AcceptRole);
-                QTimer::singleShot(0, dialog, [dialog] { clickButton(dialog, QDialogButtonBox::AcceptRole); });
             });
             dialog->findChild<QAbstractButton*>(QStringLiteral("properties"))->click();
+            clickButton(dialog, QDialogButtonBox::AcceptRole);
         });
         const std::shared_ptr<PrinterTarget> chosen = ShowPrintSetup(nullptr, m_printer);
         QVERIFY(landscapeFound);

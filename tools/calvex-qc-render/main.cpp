@@ -12,7 +12,7 @@
 #include "output/modPrintReport.h"
 #include "platform/Clock.h"
 #include "platform/RuntimeError.h"
-#include "reports/SIUnitSetting.h"
+#include "platform/SIUnitSetting.h"
 #include "suite/SuiteComponents.h"
 #include "suite/SuiteDatabase.h"
 #include "suite/SuiteSettings.h"

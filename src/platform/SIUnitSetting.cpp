@@ -1,4 +1,4 @@
-#include "reports/SIUnitSetting.h"
+#include "platform/SIUnitSetting.h"
 
 #include "platform/Registry.h"
 #include "platform/RuntimeError.h"
