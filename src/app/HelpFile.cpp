@@ -1,5 +1,7 @@
 #include "app/HelpFile.h"
 
+#include "platform/ProgramFolders.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -13,21 +15,11 @@
 
 QString HelpFilePath()
 {
-    const QString programFolder = QCoreApplication::applicationDirPath();
 #ifdef Q_OS_WIN
-    return QDir::toNativeSeparators(programFolder + QStringLiteral("/Calvex.chm"));
+    return QDir::toNativeSeparators(QCoreApplication::applicationDirPath() + QStringLiteral("/Calvex.chm"));
 #else
-    const QString candidates[] = {
-        programFolder + QStringLiteral("/../share/calvex-qc/help/index.html"),
-        programFolder + QStringLiteral("/../help/index.html"),
-        programFolder + QStringLiteral("/help/index.html"),
-    };
-    for (const QString& candidate : candidates)
-    {
-        if (QFileInfo::exists(candidate))
-            return QFileInfo(candidate).canonicalFilePath();
-    }
-    return QString();
+    const QString index = ProgramDataFolder() + QStringLiteral("/help/index.html");
+    return QFileInfo::exists(index) ? QFileInfo(index).canonicalFilePath() : QString();
 #endif
 }
 
