@@ -2,6 +2,7 @@
 
 #include "app/ProgramExit.h"
 #include "app/frmMain.h"
+#include "platform/ProgramVersion.h"
 #include "widgets/QtMessageService.h"
 
 #include <QApplication>
@@ -10,8 +11,7 @@ void InitApplication()
 {
     QApplication::setApplicationName(QStringLiteral("Calvex QC Reports"));
     QApplication::setApplicationDisplayName(QStringLiteral("Calvex QC Reports"));
-    QApplication::setApplicationVersion(
-        QStringLiteral("%1.%2.%3").arg(CALVEX_VERSION_MAJOR).arg(CALVEX_VERSION_MINOR).arg(CALVEX_VERSION_PATCH));
+    QApplication::setApplicationVersion(ProgramVersion());
     QtMessageService::installAsDefault();
 }
 

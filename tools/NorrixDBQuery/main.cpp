@@ -6,7 +6,10 @@
 // NorrixDBQuery import FILE.csv [--dry-run]: brings a laboratory's QC results
 // in (SuiteImportCommand). NorrixDBQuery catalogue: lists the tables and
 // variables an import names (SuiteCatalogueCommand).
+//
+// NorrixDBQuery --help and --version print and exit with status 0.
 
+#include "platform/ProgramVersion.h"
 #include "platform/RuntimeError.h"
 #include "suite/SuiteCatalogueCommand.h"
 #include "suite/SuiteDatabase.h"
@@ -21,6 +24,29 @@ namespace
 {
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
+
+const QString kUsage = QStringLiteral("Usage: NorrixDBQuery auto | catalogue | import FILE.csv [--dry-run]");
+
+QString help()
+{
+    return kUsage +
+           QStringLiteral("\n"
+                          "\n"
+                          "Commands:\n"
+                          "  auto                       create or migrate the QC database the settings key names,\n"
+                          "                             fill a new demo database and check the database\n"
+                          "  catalogue                  list the tables and variables of each tab, with units\n"
+                          "  import FILE.csv [--dry-run]\n"
+                          "                             add a laboratory's QC results from a CSV file (with\n"
+                          "                             --dry-run: check it only)\n"
+                          "  --help, -h                 print this help and exit\n"
+                          "  --version                  print the version and exit\n"
+                          "\n"
+                          "Exit status:\n"
+                          "  0  done\n"
+                          "  1  the command failed (the reason is on stderr)\n"
+                          "  2  the command line is wrong (usage error)\n");
+}
 
 void printLine(FILE* stream, QString text)
 {
@@ -52,11 +78,21 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
+    if (isCommand(arguments, "--help") || isCommand(arguments, "-h"))
+    {
+        QTextStream(stdout) << help() << Qt::flush;
+        return 0;
+    }
+    if (isCommand(arguments, "--version"))
+    {
+        QTextStream(stdout) << VersionLine(QStringLiteral("NorrixDBQuery")) << Qt::flush;
+        return 0;
+    }
     if (const int status = runDataCommand(arguments); status >= 0)
         return status;
     if (arguments.size() != 2 || arguments.at(1).compare(QLatin1String("auto"), Qt::CaseInsensitive) != 0)
     {
-        printLine(stderr, QStringLiteral("Usage: NorrixDBQuery auto | catalogue | import FILE.csv [--dry-run]"));
+        printLine(stderr, kUsage);
         return kExitUsage;
     }
 
