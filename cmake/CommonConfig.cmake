@@ -19,6 +19,9 @@ target_compile_definitions(calvex_common INTERFACE
 # The version and the installation's shape, for the few sources that need them
 # (a generated header, so that a new version rebuilds only those).
 include(GNUInstallDirs)
+# The desktop's name of the program: desktop entry, icon and AppStream ID
+# (reverse DNS of the project's address, calvex-qc.invalid).
+set(CALVEX_APP_ID invalid.calvex_qc.CalvexQC)
 file(RELATIVE_PATH CALVEX_SHARE_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR})
 configure_file(${CMAKE_CURRENT_LIST_DIR}/CalvexBuildInfo.h.in ${CMAKE_BINARY_DIR}/generated/CalvexBuildInfo.h @ONLY)
 add_library(calvex_build_info INTERFACE)

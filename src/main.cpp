@@ -9,9 +9,14 @@
 
 int main(int argc, char** argv)
 {
-    // Before the application object: --help and --version need no display.
-    if (const std::optional<int> status = ProgramCommandLine::answer(ProgramCommandLine::arguments(argc, argv), stdout))
-        return *status;
+    // --help and --version need no window and no display: the core
+    // application object only tells the program where it is installed.
+    const QStringList arguments = ProgramCommandLine::arguments(argc, argv);
+    if (ProgramCommandLine::asksForInformation(arguments))
+    {
+        QCoreApplication information(argc, argv);
+        return ProgramCommandLine::answer(arguments, stdout).value_or(0);
+    }
     QApplication app(argc, argv);
     InitApplication();
     RegisterSuiteComponents();

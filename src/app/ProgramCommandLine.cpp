@@ -1,8 +1,16 @@
 #include "app/ProgramCommandLine.h"
 
+#include "app/HelpFile.h"
 #include "platform/ProgramVersion.h"
 
+#include <QDir>
 #include <QTextStream>
+
+#ifdef Q_OS_WIN
+#include "platform/Registry.h"
+#else
+#include "platform/RegistryFile.h"
+#endif
 
 QStringList ProgramCommandLine::arguments(int argc, char** argv)
 {
@@ -29,12 +37,31 @@ QString ProgramCommandLine::help()
         "default key file installed with the program. See calvex-qc(1).\n");
 }
 
+QString ProgramCommandLine::files()
+{
+#ifdef Q_OS_WIN
+    const QString settings = QStringLiteral("HKEY_LOCAL_MACHINE\\") + kNorrixCommonKey;
+#else
+    const QString settings = RegistryFile::activePath();
+#endif
+    const QString help = HelpFilePath();
+    return QStringLiteral("\nFiles:\n  settings    %1\n  help pages  %2\n")
+        .arg(settings.isEmpty() ? QStringLiteral("(none)") : QDir::toNativeSeparators(settings),
+             help.isEmpty() ? QStringLiteral("(not installed)") : QDir::toNativeSeparators(help));
+}
+
+bool ProgramCommandLine::asksForInformation(const QStringList& arguments)
+{
+    return arguments.contains(QLatin1String("--help")) || arguments.contains(QLatin1String("-h")) ||
+           arguments.contains(QLatin1String("--version"));
+}
+
 std::optional<int> ProgramCommandLine::answer(const QStringList& arguments, FILE* out)
 {
     QTextStream stream(out);
     if (arguments.contains(QLatin1String("--help")) || arguments.contains(QLatin1String("-h")))
     {
-        stream << help() << Qt::flush;
+        stream << help() << files() << Qt::flush;
         return 0;
     }
     if (arguments.contains(QLatin1String("--version")))

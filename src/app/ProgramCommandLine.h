@@ -18,6 +18,12 @@ public:
 
     // What --help prints: usage, what the program is and its options.
     static QString help();
+    // What --help prints after that: the settings file and the help pages this
+    // program finds (it needs the application object for its own folder).
+    static QString files();
+
+    // True when the arguments ask for the help or the version.
+    static bool asksForInformation(const QStringList& arguments);
 
     // Prints the help or the version to out when the arguments ask for it and
     // gives the exit status (0); nothing when the window is to start.

@@ -1,6 +1,8 @@
 #include "app/ProgramMain.h"
 
+#include "CalvexBuildInfo.h"
 #include "app/ProgramExit.h"
+#include "app/ProgramIcon.h"
 #include "app/frmMain.h"
 #include "platform/ProgramVersion.h"
 #include "widgets/QtMessageService.h"
@@ -12,6 +14,9 @@ void InitApplication()
     QApplication::setApplicationName(QStringLiteral("Calvex QC Reports"));
     QApplication::setApplicationDisplayName(QStringLiteral("Calvex QC Reports"));
     QApplication::setApplicationVersion(ProgramVersion());
+    // The window's icon, and the desktop entry the desktop finds it by.
+    QApplication::setWindowIcon(ProgramIcon());
+    QGuiApplication::setDesktopFileName(QStringLiteral(CALVEX_APP_ID));
     QtMessageService::installAsDefault();
 }
 

@@ -1,4 +1,6 @@
+#include "app/HelpFile.h"
 #include "common/TestMain.h"
+#include "platform/RegistryFile.h"
 
 #include <QDir>
 #include <QProcess>
@@ -55,6 +57,10 @@ private slots:
                      qPrintable(result.out));
             QVERIFY(result.out.contains(QStringLiteral("\n  -h, --help ")));
             QVERIFY(result.out.contains(QStringLiteral("\n  --version ")));
+            // The files this program finds from its own folder, as the window would.
+            QVERIFY2(result.out.endsWith(QStringLiteral("\nFiles:\n  settings    %1\n  help pages  %2\n")
+                                             .arg(RegistryFile::activePath(), HelpFilePath())),
+                     qPrintable(result.out));
         }
     }
 
