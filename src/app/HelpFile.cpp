@@ -9,7 +9,8 @@
 #ifdef Q_OS_WIN
 #include <windows.h>
 #else
-#include <QDesktopServices>
+#include "app/HelpWindow.h"
+
 #include <QUrl>
 #endif
 
@@ -37,6 +38,6 @@ void ShowHelpFile()
         htmlHelp(nullptr, reinterpret_cast<LPCWSTR>(path.utf16()), HH_DISPLAY_TOPIC, 0);
 #else
     if (!path.isEmpty())
-        QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+        HelpWindow::showPage(QUrl::fromLocalFile(path));
 #endif
 }
