@@ -3,6 +3,7 @@
 #include "CalvexBuildInfo.h"
 #include "app/ProgramExit.h"
 #include "app/ProgramIcon.h"
+#include "app/QtTranslations.h"
 #include "app/frmMain.h"
 #include "platform/ProgramVersion.h"
 #include "widgets/QtMessageService.h"
@@ -16,6 +17,8 @@ void InitApplication()
     QApplication::setApplicationVersion(ProgramVersion());
     // The window's icon, and the desktop entry the desktop finds it by.
     QApplication::setWindowIcon(ProgramIcon());
+    // The toolkit's dialogs in the user's language; without a translation they stay in English.
+    QtTranslations::install(QLocale::system());
     QGuiApplication::setDesktopFileName(QStringLiteral(CALVEX_APP_ID));
     QtMessageService::installAsDefault();
 }
