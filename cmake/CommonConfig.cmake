@@ -16,6 +16,22 @@ target_compile_definitions(calvex_common INTERFACE
     CALVEX_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
     CALVEX_VERSION_MINOR=${PROJECT_VERSION_MINOR}
     CALVEX_VERSION_PATCH=${PROJECT_VERSION_PATCH})
+# The version and the installation's shape, for the few sources that need them
+# (a generated header, so that a new version rebuilds only those).
+include(GNUInstallDirs)
+# The desktop's name of the program: desktop entry, icon and AppStream ID
+# (reverse DNS of the project's address, calvex-qc.invalid).
+set(CALVEX_APP_ID invalid.calvex_qc.CalvexQC)
+file(RELATIVE_PATH CALVEX_SHARE_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/CalvexBuildInfo.h.in ${CMAKE_BINARY_DIR}/generated/CalvexBuildInfo.h @ONLY)
+add_library(calvex_build_info INTERFACE)
+target_include_directories(calvex_build_info INTERFACE ${CMAKE_BINARY_DIR}/generated)
+# The build tree has the installation's shape: programs in bin, data in
+# the shared data folder beside it.
+get_filename_component(CALVEX_BUILD_SHARE_DIR ${CALVEX_SHARE_FROM_PROGRAMS} ABSOLUTE
+                       BASE_DIR ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+set(CALVEX_BUILD_DATA_DIR ${CALVEX_BUILD_SHARE_DIR}/calvex-qc)
+
 # The sanitizers stop the program at the first report, undefined behaviour
 # included, so that a test cannot pass over one.
 if(CALVEX_SANITIZE)

@@ -5,7 +5,9 @@ set -euo pipefail
 
 packages=(
     cmake ninja-build g++ pkg-config
-    qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql
+    qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql qt6-translations-l10n
+    librsvg2-bin
+    dpkg-dev lintian desktop-file-utils appstream
     libgmp-dev
     fonts-liberation2
     clang-format-14

@@ -1,5 +1,7 @@
 #include "app/HelpFile.h"
 
+#include "platform/ProgramFolders.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -7,27 +9,18 @@
 #ifdef Q_OS_WIN
 #include <windows.h>
 #else
-#include <QDesktopServices>
+#include "app/HelpWindow.h"
+
 #include <QUrl>
 #endif
 
 QString HelpFilePath()
 {
-    const QString programFolder = QCoreApplication::applicationDirPath();
 #ifdef Q_OS_WIN
-    return QDir::toNativeSeparators(programFolder + QStringLiteral("/Calvex.chm"));
+    return QDir::toNativeSeparators(QCoreApplication::applicationDirPath() + QStringLiteral("/Calvex.chm"));
 #else
-    const QString candidates[] = {
-        programFolder + QStringLiteral("/../share/calvex-qc/help/index.html"),
-        programFolder + QStringLiteral("/../help/index.html"),
-        programFolder + QStringLiteral("/help/index.html"),
-    };
-    for (const QString& candidate : candidates)
-    {
-        if (QFileInfo::exists(candidate))
-            return QFileInfo(candidate).canonicalFilePath();
-    }
-    return QString();
+    const QString index = ProgramDataFolder() + QStringLiteral("/help/index.html");
+    return QFileInfo::exists(index) ? QFileInfo(index).canonicalFilePath() : QString();
 #endif
 }
 
@@ -45,6 +38,6 @@ void ShowHelpFile()
         htmlHelp(nullptr, reinterpret_cast<LPCWSTR>(path.utf16()), HH_DISPLAY_TOPIC, 0);
 #else
     if (!path.isEmpty())
-        QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+        HelpWindow::showPage(QUrl::fromLocalFile(path));
 #endif
 }

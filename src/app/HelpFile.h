@@ -5,7 +5,7 @@
 // The program's help. On Windows it is "Calvex.chm" in the program's folder,
 // shown by HTML Help; elsewhere it is the HTML help installed with the
 // program (share/calvex-qc/help beside the program's bin folder, or the help
-// folder of a build), shown in the system's browser.
+// folder of a build), shown in the program's help window (HelpWindow).
 
 // The help file's path; for the HTML help the first index.html found, or
 // empty when none is installed.

@@ -1,7 +1,11 @@
 #include "app/ProgramMain.h"
 
+#include "CalvexBuildInfo.h"
 #include "app/ProgramExit.h"
+#include "app/ProgramIcon.h"
+#include "app/QtTranslations.h"
 #include "app/frmMain.h"
+#include "platform/ProgramVersion.h"
 #include "widgets/QtMessageService.h"
 
 #include <QApplication>
@@ -10,8 +14,12 @@ void InitApplication()
 {
     QApplication::setApplicationName(QStringLiteral("Calvex QC Reports"));
     QApplication::setApplicationDisplayName(QStringLiteral("Calvex QC Reports"));
-    QApplication::setApplicationVersion(
-        QStringLiteral("%1.%2.%3").arg(CALVEX_VERSION_MAJOR).arg(CALVEX_VERSION_MINOR).arg(CALVEX_VERSION_PATCH));
+    QApplication::setApplicationVersion(ProgramVersion());
+    // The window's icon, and the desktop entry the desktop finds it by.
+    QApplication::setWindowIcon(ProgramIcon());
+    // The toolkit's dialogs in the user's language; without a translation they stay in English.
+    QtTranslations::install(QLocale::system());
+    QGuiApplication::setDesktopFileName(QStringLiteral(CALVEX_APP_ID));
     QtMessageService::installAsDefault();
 }
 

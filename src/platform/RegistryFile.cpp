@@ -1,5 +1,6 @@
 #include "platform/RegistryFile.h"
 
+#include "platform/ProgramFolders.h"
 #include "platform/Registry.h"
 
 #include <QCoreApplication>
@@ -280,7 +281,7 @@ QString RegistryFile::systemPath()
 
 QString RegistryFile::defaultPath()
 {
-    return QCoreApplication::applicationDirPath() + QStringLiteral("/norrix-default.reg");
+    return ProgramDataFolder() + QStringLiteral("/norrix-default.reg");
 }
 
 QString RegistryFile::choosePath(const QString& fromEnvironment, const QString& systemFile, const QString& defaultFile)

@@ -16,9 +16,10 @@
 //
 // Where the file is: the environment variable NORRIX_REGISTRY, else the system
 // file /etc/norrix/registry.reg, else the default key file norrix-default.reg
-// installed beside the program. String values of the default file may name the
-// program's folder as ${APPDIR} and the user's data folder as ${DATADIR}, so
-// that a fresh machine runs on the demo database with no set-up at all.
+// installed in the program's data folder (ProgramDataFolder(): share/calvex-qc
+// beside the programs' bin folder). String values of the default file may name
+// the program's folder as ${APPDIR} and the user's data folder as ${DATADIR},
+// so that a fresh machine runs on the demo database with no set-up at all.
 class RegistryFile
 {
 public:

@@ -1,13 +1,18 @@
 #include "MainWindowFixture.h"
 
 #include "app/HelpFile.h"
+#include "app/HelpWindow.h"
 #include "common/TestMain.h"
 #include "suite/NorrixStrings.h"
 
+#include <QAction>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QScopeGuard>
+#include <QTest>
+#include <QTextBrowser>
 #include <QTextDocumentFragment>
 #include <QUrl>
 
@@ -75,16 +80,62 @@ private slots:
         QVERIFY(links > pages.size());
     }
 
-    void helpButtonOpensTheHelpInTheBrowser()
+    void helpButtonOpensTheHelpWindowWithoutABrowser()
     {
         MainWindowFixture f;
         UrlCatcher catcher;
         QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
+        const auto restore = qScopeGuard([] { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); });
         f.window->cmdHelp->click();
-        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
-        QCOMPARE(catcher.urls.size(), 1);
-        QCOMPARE(catcher.urls.first(), QUrl::fromLocalFile(HelpFilePath()));
+        HelpWindow* help = HelpWindow::current();
+        QVERIFY(help);
+        const auto close = qScopeGuard([help] { help->close(); });
+        QVERIFY(help->isVisible());
+        QCOMPARE(help->browser()->source(), QUrl::fromLocalFile(HelpFilePath()));
+        QVERIFY(help->browser()->toPlainText().contains(QStringLiteral("Calvex QC Reports")));
+        QCOMPARE(help->windowTitle(), help->browser()->documentTitle());
+        QVERIFY(!help->windowTitle().isEmpty());
+        QCOMPARE(catcher.urls.size(), 0); // no browser was asked
         QCOMPARE(f.boxes.count(), 0);
+
+        // Help again: the same window, back on the start page.
+        help->browser()->setSource(
+            QUrl::fromLocalFile(QFileInfo(HelpFilePath()).dir().filePath(QStringLiteral("chart.html"))));
+        f.window->cmdHelp->click();
+        QCOMPARE(HelpWindow::current(), help);
+        QCOMPARE(help->browser()->source(), QUrl::fromLocalFile(HelpFilePath()));
+    }
+
+    void helpWindowFollowsLinksBackAndForward()
+    {
+        HelpWindow* help = HelpWindow::showPage(QUrl::fromLocalFile(HelpFilePath()));
+        const auto close = qScopeGuard([help] { help->close(); });
+        QTextBrowser* browser = help->browser();
+        QAction* back = help->findChild<QAction*>(QStringLiteral("HelpBack"));
+        QAction* forward = help->findChild<QAction*>(QStringLiteral("HelpForward"));
+        QVERIFY(back && forward && help->findChild<QAction*>(QStringLiteral("HelpPrint")));
+        QVERIFY(!back->isEnabled());
+
+        // The reader's way: Tab to the first link to another page, Enter to follow it.
+        browser->setFocus();
+        QString link;
+        for (int tabs = 0; tabs < 10 && (link.isEmpty() || link == QLatin1String("index.html")); ++tabs)
+        {
+            QTest::keyClick(browser, Qt::Key_Tab);
+            link = browser->textCursor().charFormat().anchorHref();
+        }
+        QVERIFY2(link.endsWith(QLatin1String(".html")), qPrintable(link));
+        QTest::keyClick(browser, Qt::Key_Return);
+        const QUrl followed = QUrl::fromLocalFile(HelpFilePath()).resolved(QUrl(link));
+        QCOMPARE(browser->source(), followed);
+        QVERIFY(QFileInfo(followed.toLocalFile()).isFile());
+        QVERIFY(back->isEnabled());
+
+        back->trigger();
+        QCOMPARE(browser->source(), QUrl::fromLocalFile(HelpFilePath()));
+        QVERIFY(forward->isEnabled());
+        forward->trigger();
+        QCOMPARE(browser->source(), followed);
     }
 
     void messagesPageQuotesTheProgramsTexts()

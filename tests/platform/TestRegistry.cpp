@@ -397,7 +397,8 @@ private slots:
         QCOMPARE(RegistryFile::activePath(), registry.path());
         QCOMPARE(RegistryFile::systemPath(), QStringLiteral("/etc/norrix/registry.reg"));
         QCOMPARE(RegistryFile::defaultPath(),
-                 QCoreApplication::applicationDirPath() + QStringLiteral("/norrix-default.reg"));
+                 QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                                 QStringLiteral("/../share/calvex-qc/norrix-default.reg")));
     }
 
     void foldersAreExpandedInTheDefaultFileOnly()
@@ -431,7 +432,8 @@ private slots:
                 qputenv("NORRIX_REGISTRY", previous);
         });
 
-        QVERIFY2(QFile::exists(RegistryFile::defaultPath()), "the build copies norrix-default.reg beside the program");
+        QVERIFY2(QFile::exists(RegistryFile::defaultPath()),
+                 "the build copies norrix-default.reg into share/calvex-qc");
         QCOMPARE(RegistryFile::activePath(), RegistryFile::defaultPath());
         QCOMPARE(ReadCommonValue(QStringLiteral("Executable Path"), false).toString(),
                  QDir::toNativeSeparators(QCoreApplication::applicationDirPath()));

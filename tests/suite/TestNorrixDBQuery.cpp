@@ -369,6 +369,31 @@ private slots:
         if (!SuiteTestDatabase::onPostgres())
             QVERIFY(!QFile::exists(test.settings().databaseName));
     }
+
+    void helpAndVersionTouchNoDatabase()
+    {
+        SuiteTestDatabase test;
+        for (const QString& option : {QStringLiteral("--help"), QStringLiteral("-h")})
+        {
+            const Run result = run({option});
+            QCOMPARE(result.exitCode, 0);
+            QCOMPARE(result.err, QString());
+            QVERIFY2(result.out.startsWith(QStringLiteral(
+                         "Usage: NorrixDBQuery auto | check | catalogue | import FILE.csv [--dry-run]\n\nCommands:\n")),
+                     qPrintable(result.out));
+            for (const char* line : {"\n  auto ", "\n  check ", "\n  catalogue ", "\n  import FILE.csv [--dry-run]\n",
+                                     "\n  --version ", "\nExit status:\n  0  done\n"})
+                QVERIFY2(result.out.contains(QLatin1String(line)), line);
+        }
+        const Run version = run({QStringLiteral("--version")});
+        QCOMPARE(version.exitCode, 0);
+        QCOMPARE(version.out, QStringLiteral("NorrixDBQuery %1.%2.%3\n")
+                                  .arg(CALVEX_VERSION_MAJOR)
+                                  .arg(CALVEX_VERSION_MINOR)
+                                  .arg(CALVEX_VERSION_PATCH));
+        QCOMPARE(version.err, QString());
+        QCOMPARE(SuiteSchema::version(test.db()), 0);
+    }
 };
 
 CALVEX_TEST(TestNorrixDBQuery)

@@ -240,19 +240,36 @@ private slots:
     {
         // The statuses the other tests see: 0 written, 1 refused or not
         // written, 2 a bad command line.
-        const QString help = kUsage + QStringLiteral("\n\n"
-                                                     "Exit status:\n"
-                                                     "  0  the report was written\n"
-                                                     "  1  the report could not be rendered or written (the reason "
-                                                     "is on stderr)\n"
-                                                     "  2  the command line is wrong (usage error)\n");
+        const QString statuses = QStringLiteral("\n"
+                                                "Exit status:\n"
+                                                "  0  the report was written\n"
+                                                "  1  the report could not be rendered or written (the reason "
+                                                "is on stderr)\n"
+                                                "  2  the command line is wrong (usage error)\n");
         for (const QString& option : {QStringLiteral("--help"), QStringLiteral("-h")})
         {
             const RenderFixture::Result result = render({option});
             QCOMPARE(result.exitCode, 0);
-            QCOMPARE(result.out, help);
+            QVERIFY2(result.out.startsWith(kUsage + QStringLiteral("\n\nOptions:\n")), qPrintable(result.out));
+            QVERIFY2(result.out.endsWith(statuses), qPrintable(result.out));
+            for (const char* name :
+                 {"--tab PF|GX ", "--report NAME ", "--subject ID ", "--from MM/DD/YYYY ", "--to MM/DD/YYYY ", "--si ",
+                  "--out FILE.pdf ", "--png-dir DIR ", "-h, --help ", "--version "})
+                QVERIFY2(result.out.contains(QStringLiteral("\n  ") + QLatin1String(name)), name);
             QCOMPARE(result.err, QString());
         }
+    }
+
+    void versionIsTheProjectsVersion()
+    {
+        const RenderFixture::Result result = render({QStringLiteral("--version")});
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.out, QStringLiteral("calvex-qc-render %1.%2.%3\n")
+                                 .arg(CALVEX_VERSION_MAJOR)
+                                 .arg(CALVEX_VERSION_MINOR)
+                                 .arg(CALVEX_VERSION_PATCH));
+        QCOMPARE(result.err, QString());
+        QVERIFY(!QFile::exists(out()));
     }
 
     void pngPagesAreWrittenIntoANewFolder()

@@ -19,7 +19,10 @@
 // Exit status 0 on success; 1 when the database cannot be brought up, has
 // problems or a file cannot be imported (a failure to reach it is one line on
 // stderr); 2 for a bad command line.
+//
+// NorrixDBQuery --help and --version print and exit with status 0.
 
+#include "platform/ProgramVersion.h"
 #include "platform/RuntimeError.h"
 #include "suite/SuiteCatalogueCommand.h"
 #include "suite/SuiteDatabase.h"
@@ -34,6 +37,33 @@ namespace
 {
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
+
+const QString kUsage = QStringLiteral("Usage: NorrixDBQuery auto | check | catalogue | import FILE.csv [--dry-run]");
+
+QString help()
+{
+    return kUsage +
+           QStringLiteral("\n"
+                          "\n"
+                          "Commands:\n"
+                          "  auto                       create or migrate the QC database the settings key names,\n"
+                          "                             fill a new demo database, give a tab without a saved\n"
+                          "                             report its starter report; check the whole database\n"
+                          "                             after a creation or migration\n"
+                          "  check                      check the whole database (after a crash, before a\n"
+                          "                             backup): prints ok, or each problem\n"
+                          "  catalogue                  list the tables and variables of each tab, with units\n"
+                          "  import FILE.csv [--dry-run]\n"
+                          "                             add a laboratory's QC results from a CSV file (with\n"
+                          "                             --dry-run: check it only)\n"
+                          "  --help, -h                 print this help and exit\n"
+                          "  --version                  print the version and exit\n"
+                          "\n"
+                          "Exit status:\n"
+                          "  0  done\n"
+                          "  1  the command failed (the reason is on stderr), or check found problems\n"
+                          "  2  the command line is wrong (usage error)\n");
+}
 
 void printLine(FILE* stream, QString text)
 {
@@ -96,13 +126,22 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
+    if (isCommand(arguments, "--help") || isCommand(arguments, "-h"))
+    {
+        QTextStream(stdout) << help() << Qt::flush;
+        return 0;
+    }
+    if (isCommand(arguments, "--version"))
+    {
+        QTextStream(stdout) << VersionLine(QStringLiteral("NorrixDBQuery")) << Qt::flush;
+        return 0;
+    }
     if (const int status = runDataCommand(arguments); status >= 0)
         return status;
     const QString command = arguments.size() == 2 ? arguments.at(1).toLower() : QString();
     if (command != QLatin1String("auto") && command != QLatin1String("check"))
     {
-        printLine(stderr,
-                  QStringLiteral("Usage: NorrixDBQuery auto | check | catalogue | import FILE.csv [--dry-run]"));
+        printLine(stderr, kUsage);
         return kExitUsage;
     }
 

@@ -44,6 +44,19 @@ QString RenderOptions::usage()
 QString RenderOptions::help()
 {
     return usage() + QStringLiteral("\n\n"
+                                    "Options:\n"
+                                    "  --tab PF|GX          the tab of the saved QC report\n"
+                                    "  --report NAME        the saved QC report's name\n"
+                                    "  --subject ID         the QC subject's ID\n"
+                                    "  --from MM/DD/YYYY    the first day of the period (without it: every visit up "
+                                    "to --to)\n"
+                                    "  --to MM/DD/YYYY      the last day of the period\n"
+                                    "  --si                 SI units, whatever the settings say\n"
+                                    "  --out FILE.pdf       write the report as one PDF file\n"
+                                    "  --png-dir DIR        write the pages as DIR/page-001.png, ...\n"
+                                    "  -h, --help           print this help and exit\n"
+                                    "  --version            print the version and exit\n"
+                                    "\n"
                                     "Exit status:\n"
                                     "  0  the report was written\n"
                                     "  1  the report could not be rendered or written (the reason is on stderr)\n"
@@ -61,11 +74,12 @@ RenderOptions RenderOptions::parse(const QStringList& arguments)
     const QCommandLineOption out(QStringLiteral("out"), QString(), QStringLiteral("FILE.pdf"));
     const QCommandLineOption pngDir(QStringLiteral("png-dir"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    const QCommandLineOption version(QStringLiteral("version"));
     QCommandLineOption today(QStringLiteral("today"), QString(), QStringLiteral("MM/DD/YYYY"));
     today.setFlags(QCommandLineOption::HiddenFromHelp);
 
     QCommandLineParser parser;
-    parser.addOptions({tab, report, subject, from, to, si, out, pngDir, help, today});
+    parser.addOptions({tab, report, subject, from, to, si, out, pngDir, help, version, today});
     if (!parser.parse(QStringList{QStringLiteral("calvex-qc-render")} + arguments))
         refuseCommandLine(parser.errorText());
 
@@ -73,6 +87,11 @@ RenderOptions RenderOptions::parse(const QStringList& arguments)
     if (parser.isSet(help))
     {
         options.helpRequested = true;
+        return options;
+    }
+    if (parser.isSet(version))
+    {
+        options.versionRequested = true;
         return options;
     }
     if (!parser.positionalArguments().isEmpty())

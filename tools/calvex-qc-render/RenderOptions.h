@@ -9,7 +9,7 @@
 //   --tab PF|GX --report NAME --subject ID [--from MM/DD/YYYY] --to MM/DD/YYYY
 //   [--si] (--out FILE.pdf | --png-dir DIR)
 //
-// and, for tests only, the hidden --today MM/DD/YYYY that fixes the date the
+// or --help (-h), or --version; and, for tests only, the hidden --today MM/DD/YYYY that fixes the date the
 // page header prints.
 struct RenderOptions
 {
@@ -23,6 +23,7 @@ struct RenderOptions
     QString pngFolder;    // --png-dir
     QDate today;          // --today; invalid = the real date
     bool helpRequested = false;
+    bool versionRequested = false;
 
     // The usage line, printed after a bad command line.
     static QString usage();

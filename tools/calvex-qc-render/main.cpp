@@ -11,6 +11,7 @@
 #include "RenderRequest.h"
 #include "output/modPrintReport.h"
 #include "platform/Clock.h"
+#include "platform/ProgramVersion.h"
 #include "platform/RuntimeError.h"
 #include "platform/SIUnitSetting.h"
 #include "suite/SuiteComponents.h"
@@ -86,6 +87,11 @@ int render(const QStringList& arguments)
     if (options.helpRequested)
     {
         QTextStream(stdout) << RenderOptions::help() << Qt::flush;
+        return kExitWritten;
+    }
+    if (options.versionRequested)
+    {
+        QTextStream(stdout) << VersionLine(QStringLiteral("calvex-qc-render")) << Qt::flush;
         return kExitWritten;
     }
     if (options.today.isValid())
