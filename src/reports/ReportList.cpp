@@ -7,9 +7,9 @@
 #include "platform/MessageService.h"
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"
+#include "platform/SIUnitSetting.h"
 #include "platform/VbConversions.h"
 #include "platform/modResource.h"
-#include "platform/SIUnitSetting.h"
 #include "reports/VariableGridCells.h"
 #include "widgets/ComboList.h"
 

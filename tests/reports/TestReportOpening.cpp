@@ -2,7 +2,7 @@
 
 #include "common/TestMain.h"
 #include "platform/RuntimeError.h"
-#include "reports/SIUnitSetting.h"
+#include "platform/SIUnitSetting.h"
 #include "widgets/ComboList.h"
 
 #include <QTest>
