@@ -2,6 +2,7 @@
 
 #include "output/DeferredDrawing.h"
 #include "output/OutputTarget.h"
+#include "output/TargetState.h"
 #include "output/TextShaper.h"
 
 #include <QColor>
@@ -32,7 +33,7 @@ class QPaintDevice;
 // the two parts it hands them to: TextShaper shapes each different text once
 // (numbers and dates from their characters' glyphs), and DeferredDrawing keeps
 // printed text and a chart's marks back and draws them in few painter calls.
-class PainterTarget : public OutputTarget
+class PainterTarget : public TargetState
 {
 public:
     ~PainterTarget() override = default;
@@ -40,28 +41,17 @@ public:
     double ScaleLeft() const override { return 0; }
     double ScaleTop() const override { return 0; }
 
-    double CurrentX() const override { return m_currentX; }
-    double CurrentY() const override { return m_currentY; }
-    void SetCurrentX(double x) override { m_currentX = x; }
-    void SetCurrentY(double y) override { m_currentY = y; }
-
     void Print(const QString& text) override;
     double TextWidth(const QString& text) override;
     double TextHeight(const QString& text) override;
 
     void SetFont(const QString& typeface) override;
-    QString Font() const override { return m_typeface; }
     void SetFontSize(double points) override;
-    double FontSize() const override { return m_fontSize; }
     void SetFontBold(bool bold) override;
-    bool FontBold() const override { return m_fontBold; }
 
     void SetForeColor(const QColor& color) override { m_foreColor = color; }
-    QColor ForeColor() const override { return m_foreColor; }
     void SetDrawWidth(int pixels) override { m_drawWidth = pixels; }
-    int DrawWidth() const override { return m_drawWidth; }
     void SetDrawStyle(int style) override { m_drawStyle = style; }
-    int DrawStyle() const override { return m_drawStyle; }
 
     void Line(double x1, double y1, double x2, double y2, const QColor& color = QColor(), bool box = false) override;
     void PSet(double x, double y, const QColor& color = QColor()) override;
@@ -73,7 +63,9 @@ public:
     qsizetype layoutCount() const { return m_shaper.layoutCount(); }
 
 protected:
-    PainterTarget() = default;
+    PainterTarget()
+        : TargetState(defaultTypeface())
+    {}
 
     // The device that measures text and is painted on; a subclass tells its
     // resolution with setResolution before the first measure.
@@ -115,18 +107,8 @@ private:
     double m_dotsPerInch = 1440;
     double m_pixelsPerTwip = 1;
 
-    double m_currentX = 0;
-    double m_currentY = 0;
-
-    QString m_typeface = defaultTypeface();
-    double m_fontSize = 10;
-    bool m_fontBold = false;
     // The current font; null until it is next needed.
     TextShaper::Font* m_font = nullptr;
-
-    QColor m_foreColor = QColor(0, 0, 0);
-    int m_drawWidth = 1;
-    int m_drawStyle = 0;
 
     static QString defaultTypeface();
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 RecordingTarget::RecordingTarget(double scaleWidth, double scaleHeight, double scaleLeft, double scaleTop)
+    : TargetState(QStringLiteral("Arial"))
 {
     setPage(scaleWidth, scaleHeight, scaleLeft, scaleTop);
 }
@@ -93,7 +94,7 @@ double RecordingTarget::TextHeight(const QString& text)
 
 void RecordingTarget::SetFont(const QString& typeface)
 {
-    m_font = typeface;
+    m_typeface = typeface;
     record(RecordedOp::Kind::SetFont);
 }
 
@@ -172,7 +173,7 @@ void RecordingTarget::record(RecordedOp::Kind kind, double x1, double y1, double
     op.y2 = y2;
     op.text = text;
     op.color = color.isValid() ? color : m_foreColor;
-    op.font = m_font;
+    op.font = m_typeface;
     op.fontSize = m_fontSize;
     op.fontBold = m_fontBold;
     op.drawWidth = m_drawWidth;

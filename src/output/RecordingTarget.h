@@ -1,6 +1,7 @@
 #pragma once
 
 #include "output/OutputTarget.h"
+#include "output/TargetState.h"
 
 #include <QColor>
 #include <QString>
@@ -66,7 +67,7 @@ struct RecordedOp
 // The page defaults to 12240 x 15840 units (8.5 x 11 inches in twips) with its
 // origin at (0, 0). The initial state is Arial 10 regular, black, DrawWidth 1,
 // DrawStyle 0, CurrentX/CurrentY at the origin.
-class RecordingTarget final : public OutputTarget
+class RecordingTarget final : public TargetState
 {
 public:
     explicit RecordingTarget(double scaleWidth = 12240, double scaleHeight = 15840, double scaleLeft = 0,
@@ -96,28 +97,17 @@ public:
     double ScaleWidth() const override { return m_scaleWidth; }
     double ScaleHeight() const override { return m_scaleHeight; }
 
-    double CurrentX() const override { return m_currentX; }
-    double CurrentY() const override { return m_currentY; }
-    void SetCurrentX(double x) override { m_currentX = x; }
-    void SetCurrentY(double y) override { m_currentY = y; }
-
     void Print(const QString& text) override;
     double TextWidth(const QString& text) override;
     double TextHeight(const QString& text) override;
 
     void SetFont(const QString& typeface) override;
-    QString Font() const override { return m_font; }
     void SetFontSize(double points) override;
-    double FontSize() const override { return m_fontSize; }
     void SetFontBold(bool bold) override;
-    bool FontBold() const override { return m_fontBold; }
 
     void SetForeColor(const QColor& color) override;
-    QColor ForeColor() const override { return m_foreColor; }
     void SetDrawWidth(int pixels) override;
-    int DrawWidth() const override { return m_drawWidth; }
     void SetDrawStyle(int style) override;
-    int DrawStyle() const override { return m_drawStyle; }
 
     void Line(double x1, double y1, double x2, double y2, const QColor& color = QColor(), bool box = false) override;
     void PSet(double x, double y, const QColor& color = QColor()) override;
@@ -137,14 +127,6 @@ private:
     double m_scaleTop = 0;
     double m_scaleWidth = 0;
     double m_scaleHeight = 0;
-    double m_currentX = 0;
-    double m_currentY = 0;
-    QString m_font = QStringLiteral("Arial");
-    double m_fontSize = 10;
-    bool m_fontBold = false;
-    QColor m_foreColor = QColor(0, 0, 0);
-    int m_drawWidth = 1;
-    int m_drawStyle = 0;
     QString m_deviceName;
     std::vector<RecordedOp> m_ops;
 };
