@@ -1,5 +1,6 @@
 #include "SuiteWindow.h"
 
+#include "NorrixDBQueryRun.h"
 #include "SuiteTestDatabase.h"
 #include "common/TestMain.h"
 #include "components/PatientQuery.h"
@@ -10,8 +11,6 @@
 #include "widgets/ComboList.h"
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QProcess>
 
 using namespace PanelDriving;
 
@@ -53,12 +52,8 @@ private slots:
         const QString placeholder = QStringLiteral("(") + GetResourceText(4114) + QStringLiteral(")");
 
         // The administrator makes the database once, as the set-up guide says.
-        QProcess tool;
-        tool.start(QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("NorrixDBQuery")),
-                   {QStringLiteral("auto")});
-        QVERIFY(tool.waitForFinished(60000));
-        QVERIFY2(tool.exitCode() == 0, tool.readAllStandardError().constData());
-        SuiteDatabase::closeAllConnections();
+        const NorrixDBQueryRun tool = NorrixDBQueryRun::start({QStringLiteral("auto")});
+        QVERIFY2(tool.exitCode == 0, qPrintable(tool.err));
 
         for (int start = 1; start <= 2; ++start)
         {

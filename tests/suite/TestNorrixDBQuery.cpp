@@ -1,5 +1,6 @@
 #include "common/TestMain.h"
 
+#include "NorrixDBQueryRun.h"
 #include "SuiteTestDatabase.h"
 #include "suite/NorrixReportStore.h"
 #include "suite/SuiteSchema.h"
@@ -19,34 +20,14 @@ class TestNorrixDBQuery : public QObject
     Q_OBJECT
 
 private:
-    struct Run
-    {
-        int exitCode = -1;
-        QString out;
-        QString err;
-    };
+    using Run = NorrixDBQueryRun;
 
-    static QString toolPath()
-    {
-        const QString dir = qEnvironmentVariableIsEmpty("CALVEX_BIN_DIR") ? QCoreApplication::applicationDirPath()
-                                                                          : qEnvironmentVariable("CALVEX_BIN_DIR");
-        return QDir(dir).filePath(QStringLiteral("NorrixDBQuery"));
-    }
+    static QString toolPath() { return NorrixDBQueryRun::toolPath(); }
 
-    // Runs the tool with the test's key file; the test's own connection is
-    // closed first, as another program on the same database would find it.
+    // Runs the tool with the test's key file.
     static Run run(const QStringList& arguments = {QStringLiteral("auto")})
     {
-        SuiteDatabase::closeAllConnections();
-        QProcess process;
-        process.start(toolPath(), arguments);
-        if (!process.waitForFinished(120000))
-            qFatal("NorrixDBQuery did not finish");
-        Run result;
-        result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-        result.out = QString::fromUtf8(process.readAllStandardOutput());
-        result.err = QString::fromUtf8(process.readAllStandardError());
-        return result;
+        return NorrixDBQueryRun::start(arguments);
     }
 
     static void checkOneLineFailure(const Run& result)

@@ -1,12 +1,10 @@
 #include "common/TestMain.h"
 
+#include "NorrixDBQueryRun.h"
 #include "SuiteTestDatabase.h"
 #include "platform/RuntimeError.h"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTest>
 
 // A laboratory's server asks for a password that the key file does not hold:
@@ -33,13 +31,8 @@ private slots:
         QCOMPARE(test.db().scalar(QStringLiteral("SELECT 6 * 7")).toInt(), 42);
 
         // The database tool, a program of its own, finds it the same way.
-        SuiteDatabase::closeAllConnections();
-        QProcess tool;
-        tool.start(QDir(qEnvironmentVariable("CALVEX_BIN_DIR", QCoreApplication::applicationDirPath()))
-                       .filePath(QStringLiteral("NorrixDBQuery")),
-                   {QStringLiteral("auto")});
-        QVERIFY(tool.waitForFinished(60000));
-        QVERIFY2(tool.exitCode() == 0, tool.readAllStandardError().constData());
+        const NorrixDBQueryRun tool = NorrixDBQueryRun::start({QStringLiteral("auto")});
+        QVERIFY2(tool.exitCode == 0, qPrintable(tool.err));
     }
 
     void withoutThePasswordFileTheServerRefuses()
