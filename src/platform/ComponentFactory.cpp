@@ -41,18 +41,7 @@ void ComponentFactory::throwCannotCreate(const QString& classId)
                        QStringLiteral("Component '%1' can't create object").arg(classId));
 }
 
-ScopedComponentRegistration::ScopedComponentRegistration(QString classId, ComponentFactory::Creator creator)
-    : m_classId(std::move(classId))
+ComponentFactory::Creator ComponentFactory::registeredCreator(const QString& classId)
 {
-    if (ComponentFactory::isRegistered(m_classId))
-        m_previous = registry().value(m_classId);
-    ComponentFactory::registerClass(m_classId, std::move(creator));
-}
-
-ScopedComponentRegistration::~ScopedComponentRegistration()
-{
-    if (m_previous)
-        ComponentFactory::registerClass(m_classId, m_previous);
-    else
-        ComponentFactory::unregisterClass(m_classId);
+    return registry().value(classId);
 }

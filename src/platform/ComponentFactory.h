@@ -40,22 +40,10 @@ public:
         return std::unique_ptr<T>(typed);
     }
 
+    // The creator registered for classId; an empty one when there is none.
+    static Creator registeredCreator(const QString& classId);
+
 private:
     static std::unique_ptr<Component> createComponent(const QString& classId);
     [[noreturn]] static void throwCannotCreate(const QString& classId);
-};
-
-// Registers a creator for the lifetime of a scope and puts back what was
-// registered before (tests swap in fakes this way).
-class ScopedComponentRegistration
-{
-public:
-    ScopedComponentRegistration(QString classId, ComponentFactory::Creator creator);
-    ~ScopedComponentRegistration();
-    ScopedComponentRegistration(const ScopedComponentRegistration&) = delete;
-    ScopedComponentRegistration& operator=(const ScopedComponentRegistration&) = delete;
-
-private:
-    QString m_classId;
-    ComponentFactory::Creator m_previous;
 };

@@ -14,6 +14,7 @@
 #include "output/modPrintGlobals.h"
 #include "platform/Clock.h"
 #include "platform/RecordingMessageService.h"
+#include "platform/ScopedComponentRegistration.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,7 @@
 #include "MainWindowFixture.h"
 
 #include "common/TestMain.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "platform/StringServer.h"
 #include "platform/modResource.h"
 

@@ -2,6 +2,7 @@
 
 #include "common/FakePatientQuery.h"
 #include "common/TestMain.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "widgets/ComboList.h"
 
 #include <QApplication>

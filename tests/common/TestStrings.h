@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ComponentFactory.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "platform/StringServer.h"
 #include "platform/modResource.h"
 

@@ -3,6 +3,7 @@
 #include "common/TestStrings.h"
 #include "components/modCalcObject.h"
 #include "platform/RecordingMessageService.h"
+#include "platform/ScopedComponentRegistration.h"
 
 #include <QTest>
 

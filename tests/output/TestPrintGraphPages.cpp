@@ -5,6 +5,7 @@
 #include "output/modPrint.h"
 #include "output/modPrintGraph.h"
 #include "platform/RecordingMessageService.h"
+#include "platform/ScopedComponentRegistration.h"
 
 #include <QTest>
 

@@ -5,6 +5,7 @@
 #include "output/modPrintReport.h"
 #include "platform/Clock.h"
 #include "platform/RecordingMessageService.h"
+#include "platform/ScopedComponentRegistration.h"
 
 #include <QRegularExpression>
 #include <QTest>

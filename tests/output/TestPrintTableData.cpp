@@ -2,6 +2,7 @@
 #include "common/TestMain.h"
 
 #include "output/RecordingTarget.h"
+#include "platform/ScopedComponentRegistration.h"
 
 #include <QTest>
 

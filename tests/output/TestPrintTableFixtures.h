@@ -5,6 +5,7 @@
 #include "output/TableData.h"
 #include "output/modPrintTable.h"
 #include "platform/Recordset.h"
+#include "platform/ScopedComponentRegistration.h"
 
 #include <QDate>
 #include <QStringList>

@@ -4,6 +4,7 @@
 #include "platform/ComponentFactory.h"
 #include "platform/RecordingMessageService.h"
 #include "platform/RuntimeError.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "platform/modResource.h"
 
 #include <QTest>

@@ -7,6 +7,7 @@
 #include "components/modCalcObject.h"
 #include "platform/MessageService.h"
 #include "platform/RecordingMessageService.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "platform/modResource.h"
 #include "reports/MainWindowHost.h"
 #include "reports/ReportTabsPanel.h"

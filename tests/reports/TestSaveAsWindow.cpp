@@ -4,6 +4,7 @@
 #include "common/TestMain.h"
 #include "common/TestStrings.h"
 #include "platform/RecordingMessageService.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "reports/frmSaveAs.h"
 
 #include <QTest>

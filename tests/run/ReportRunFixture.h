@@ -9,6 +9,7 @@
 #include "output/modPrintGlobals.h"
 #include "platform/Clock.h"
 #include "platform/RecordingMessageService.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "reports/MainWindowHost.h"
 #include "reports/ReportTabsPanel.h"
 #include "run/DateRangePanel.h"

@@ -9,6 +9,7 @@
 #include "components/modCalcObject.h"
 #include "platform/Clock.h"
 #include "platform/RecordingMessageService.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "reports/MainWindowHost.h"
 #include "suite/DemoData.h"
 #include "suite/NorrixPatientQuery.h"

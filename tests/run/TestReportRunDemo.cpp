@@ -3,6 +3,7 @@
 
 #include "common/TestMain.h"
 #include "output/modPrintReport.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "run/frmPrintPreview.h"
 #include "suite/NorrixReportStore.h"
 

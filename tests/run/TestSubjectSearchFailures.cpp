@@ -1,6 +1,7 @@
 #include "RunFixture.h"
 
 #include "common/TestMain.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "run/SubjectSearchPanel.h"
 #include "run/frmSelPatient.h"
 

@@ -3,6 +3,7 @@
 
 #include "platform/ComponentFactory.h"
 #include "platform/RecordingMessageService.h"
+#include "platform/ScopedComponentRegistration.h"
 #include "platform/modResource.h"
 #include "suite/NorrixStrings.h"
 
