@@ -11,18 +11,18 @@ PrinterSource& source()
     return current;
 }
 
-std::shared_ptr<OutputTarget> systemPrinter()
+std::shared_ptr<OutputTarget> systemPrinter(ProgramState& state)
 {
-    std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+    std::shared_ptr<PrinterTarget> printer = SystemPrinter(state);
     if (!printer || !printer->printer().isValid())
         return nullptr;
     return printer;
 }
 } // namespace
 
-std::shared_ptr<OutputTarget> StartupPrinter()
+std::shared_ptr<OutputTarget> StartupPrinter(ProgramState& state)
 {
-    std::shared_ptr<OutputTarget> target = source() ? source()() : systemPrinter();
+    std::shared_ptr<OutputTarget> target = source() ? source()() : systemPrinter(state);
     if (!target)
         throw RuntimeError(ErrorNumber::PrinterError, QStringLiteral("Printer"),
                            QStringLiteral("Problem getting printer information from the system. "

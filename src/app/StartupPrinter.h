@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/ProgramState.h"
 #include "output/OutputTarget.h"
 
 #include <functional>
@@ -10,8 +11,9 @@
 // source in.
 using PrinterSource = std::function<std::shared_ptr<OutputTarget>()>;
 
-// The target of the source; raises RuntimeError 484 when there is none.
-std::shared_ptr<OutputTarget> StartupPrinter();
+// The target of the source (by default the system printer of state); raises
+// RuntimeError 484 when there is none.
+std::shared_ptr<OutputTarget> StartupPrinter(ProgramState& state);
 
 // Replaces the source; an empty function puts the system printer back.
 void SetPrinterSource(PrinterSource source);

@@ -116,10 +116,10 @@ private slots:
         QCOMPARE(f.boxes.last().text, QStringLiteral("T4117"));
         QCOMPARE(f.boxes.last().style, 0);
         QCOMPARE(f.boxes.last().title, QStringLiteral("T4052"));
-        QVERIFY(!blnAppReady);
-        QVERIFY(!objPrint);
-        QCOMPARE(strStartupPrinter, QString());
-        QVERIFY(!blnPrinterWarned);
+        QVERIFY(!f.state.blnAppReady);
+        QVERIFY(!f.state.objPrint);
+        QCOMPARE(f.state.strStartupPrinter, QString());
+        QVERIFY(!f.state.blnPrinterWarned);
         QVERIFY(!ProgramExitRequested());
         QCOMPARE(f.tabs().cboReports[1]->currentIndex(), 1);
         QCOMPARE(f.tabs().msfgVariable[1]->Rows(), 5);

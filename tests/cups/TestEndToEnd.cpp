@@ -98,12 +98,13 @@ private slots:
     {
         RecordingMessageService boxes;
         RecordingFileDialogService dialogs;
-        frmMain window;
+        ProgramState state;
+        frmMain window(state);
         window.Form_Load();
         QCOMPARE(boxes.count(), 0);
-        QVERIFY(blnAppReady);
-        QVERIFY(objPrint);
-        QCOMPARE(objPrint->DeviceName(), SpooledJob::queueName());
+        QVERIFY(state.blnAppReady);
+        QVERIFY(state.objPrint);
+        QCOMPARE(state.objPrint->DeviceName(), SpooledJob::queueName());
         enterRequest(window, boxes);
         if (QTest::currentTestFailed())
             return;
@@ -176,11 +177,12 @@ private slots:
         RecordingFileDialogService dialogs;
         const QString chosen = m_fixture->path(QStringLiteral("saved report.pdf"));
         dialogs.queueAnswer(chosen);
-        frmMain window;
+        ProgramState state;
+        frmMain window(state);
         window.Form_Load();
         SetPrinterSource({});
         QCOMPARE(boxes.count(), 0);
-        QCOMPARE(objPrint.get(), pdfPrinter.get());
+        QCOMPARE(state.objPrint.get(), pdfPrinter.get());
         enterRequest(window, boxes);
         if (QTest::currentTestFailed())
             return;
