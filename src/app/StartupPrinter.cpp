@@ -5,12 +5,6 @@
 
 namespace
 {
-PrinterSource& source()
-{
-    static PrinterSource current;
-    return current;
-}
-
 std::shared_ptr<OutputTarget> systemPrinter(ProgramState& state)
 {
     std::shared_ptr<PrinterTarget> printer = SystemPrinter(state);
@@ -22,15 +16,10 @@ std::shared_ptr<OutputTarget> systemPrinter(ProgramState& state)
 
 std::shared_ptr<OutputTarget> StartupPrinter(ProgramState& state)
 {
-    std::shared_ptr<OutputTarget> target = source() ? source()() : systemPrinter(state);
+    std::shared_ptr<OutputTarget> target = state.printerSource ? state.printerSource() : systemPrinter(state);
     if (!target)
         throw RuntimeError(ErrorNumber::PrinterError, QStringLiteral("Printer"),
                            QStringLiteral("Problem getting printer information from the system. "
                                           "Make sure the printer is set up correctly."));
     return target;
-}
-
-void SetPrinterSource(PrinterSource source_)
-{
-    source() = std::move(source_);
 }

@@ -78,6 +78,10 @@ frmMain::~frmMain()
 {
     if (m_splash)
         delete m_splash.data();
+    // A window that goes without its shutdown leaves no watching behind that
+    // would reset the idle count of a state that may be gone by then.
+    if (!m_unloaded)
+        RemoveActivityHooks(m_state);
 }
 
 bool frmMain::IsModified(int tab) const

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <functional>
 #include <memory>
 
 class OutputTarget;
@@ -48,6 +49,9 @@ struct ProgramState
     bool blnAppReady = false;
     // The system printer of this run, created on its first use (SystemPrinter).
     std::shared_ptr<PrinterTarget> systemPrinter;
+    // Where the start-up takes objPrint from (StartupPrinter); empty for the
+    // system printer. Tests put a recording target in, or none.
+    std::function<std::shared_ptr<OutputTarget>()> printerSource;
 
     // The inactivity auto-logout (modTimerHook). The idle seconds are counted
     // by the main window's ActivityTimer; the countdown runs in frmAutoLogout.

@@ -36,7 +36,7 @@ struct MainWindowFixture
         ResetProgramExit();
         Clock::pin(QDateTime(QDate(2024, 6, 15), QTime(9, 30)));
         FakeCatalogue::install(*store);
-        SetPrinterSource([this] { return printer; });
+        state.printerSource = [this] { return printer; };
         printer->setDeviceName(QStringLiteral("Test Printer"));
 
         QDir(registry.folder()).mkpath(QStringLiteral("bin"));
@@ -50,7 +50,6 @@ struct MainWindowFixture
     {
         window.reset();
         ResetProgramExit();
-        SetPrinterSource({});
         Clock::pin(QDateTime());
     }
 

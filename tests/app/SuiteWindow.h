@@ -35,5 +35,4 @@ inline void ForgetSuiteComponents()
         ComponentFactory::unregisterClass(classId);
     ResetResourceServer();
     ResetProgramExit();
-    SetPrinterSource({});
 }

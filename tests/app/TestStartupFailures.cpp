@@ -110,7 +110,7 @@ private slots:
     void printerProblemShows4117AndTheStartUpGoesOn()
     {
         MainWindowFixture f;
-        SetPrinterSource([] { return std::shared_ptr<OutputTarget>(); });
+        f.state.printerSource = [] { return std::shared_ptr<OutputTarget>(); };
         f.window->Form_Load();
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.boxes.last().text, QStringLiteral("T4117"));
@@ -129,9 +129,9 @@ private slots:
     void otherPrinterErrorEndsTheProgram()
     {
         MainWindowFixture f;
-        SetPrinterSource([]() -> std::shared_ptr<OutputTarget> {
+        f.state.printerSource = []() -> std::shared_ptr<OutputTarget> {
             throw RuntimeError(5, QStringLiteral("Printer"), QStringLiteral("Invalid procedure call or argument"));
-        });
+        };
         f.window->Form_Load();
         QVERIFY(ProgramExitRequested());
         QCOMPARE(f.boxes.last().text, QStringLiteral("Invalid procedure call or argument"));

@@ -172,15 +172,15 @@ private slots:
         // A machine without printers: the start-up finds the "Print to PDF" printer.
         const auto pdfPrinter =
             std::make_shared<PrinterTarget>(CreatePdfPrinter(m_fixture->path(QStringLiteral("QC Report.pdf"))));
-        SetPrinterSource([pdfPrinter] { return pdfPrinter; });
+
         RecordingMessageService boxes;
         RecordingFileDialogService dialogs;
         const QString chosen = m_fixture->path(QStringLiteral("saved report.pdf"));
         dialogs.queueAnswer(chosen);
         ProgramState state;
+        state.printerSource = [pdfPrinter] { return pdfPrinter; };
         frmMain window(state);
         window.Form_Load();
-        SetPrinterSource({});
         QCOMPARE(boxes.count(), 0);
         QCOMPARE(state.objPrint.get(), pdfPrinter.get());
         enterRequest(window, boxes);
