@@ -20,5 +20,8 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     InitApplication();
     RegisterSuiteComponents();
-    return RunMainWindow();
+    // The program's state lives as long as the run; the window and its
+    // panels are handed it.
+    ProgramState state;
+    return RunMainWindow(state);
 }

@@ -93,9 +93,10 @@ int main(int argc, char** argv)
             << QString::number(elapsedMs(load), 'f', 0) << " ms" << Qt::endl;
     }
     RegisterSuiteComponents();
-    objPrint = SystemPrinter();
-    out << "printer: " << objPrint->DeviceName() << ", page " << objPrint->ScaleWidth() << " x "
-        << objPrint->ScaleHeight() << " twips; screen scale " << app.devicePixelRatio() << Qt::endl;
+    ProgramState state;
+    state.objPrint = SystemPrinter(state);
+    out << "printer: " << state.objPrint->DeviceName() << ", page " << state.objPrint->ScaleWidth() << " x "
+        << state.objPrint->ScaleHeight() << " twips; screen scale " << app.devicePixelRatio() << Qt::endl;
 
     Figures prepare;
     Figures firstPage;
@@ -105,11 +106,11 @@ int main(int argc, char** argv)
     qint32 graphPages = 0;
     for (int round = 0; round < rounds; ++round)
     {
-        frmPrintPreview preview;
+        frmPrintPreview preview(state);
         preview.resize(920, 760);
         QElapsedTimer timer;
         timer.start();
-        if (!preview.SetGraphData(objPrint, info, false))
+        if (!preview.SetGraphData(state.objPrint, info, false))
             qFatal("the preview has nothing to show");
         prepare.add(elapsedMs(timer));
         preview.show();
@@ -139,7 +140,7 @@ int main(int argc, char** argv)
         print(QStringLiteral("next page, to a graph page"), nextGraphPage);
     if (!nextPage.ms.empty())
         print(QStringLiteral("next page, to a table page"), nextPage);
-    objPrint.reset();
+    state.objPrint.reset();
     MessageService::install(nullptr);
     SuiteDatabase::closeAllConnections();
     return 0;

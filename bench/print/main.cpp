@@ -156,7 +156,8 @@ int main(int argc, char** argv)
 
     const QString to = DemoData::LastDay.toString(QStringLiteral("MM/dd/yyyy"));
     const ReportInfo info = storedRequest(to);
-    const std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+    ProgramState state;
+    const std::shared_ptr<PrinterTarget> printer = SystemPrinter(state);
     out << "Print of subject " << kSubject << " (" << visits << " visits, " << info.VariableCount()
         << " variables) on the CUPS queue " << printer->DeviceName() << ", " << rounds << " rounds" << Qt::endl;
 

@@ -91,7 +91,9 @@ int runChild(int argc, char** argv, const QString& screenshot)
     MessageService::install(&boxes);
     RegisterSuiteComponents();
     std::unique_ptr<FirstPaint> watcher;
-    return RunMainWindow([&](frmMain& window) { watcher = std::make_unique<FirstPaint>(window, clock, screenshot); });
+    ProgramState state;
+    return RunMainWindow(state,
+                         [&](frmMain& window) { watcher = std::make_unique<FirstPaint>(window, clock, screenshot); });
 }
 
 int runDriver(int argc, char** argv, int runs, const QString& screenshot)

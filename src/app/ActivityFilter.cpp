@@ -1,12 +1,11 @@
 #include "app/ActivityFilter.h"
 
-#include "app/modTimerHook.h"
-
 #include <QEvent>
 #include <QMouseEvent>
 
-ActivityFilter::ActivityFilter(QObject* parent)
+ActivityFilter::ActivityFilter(ProgramState& state, QObject* parent)
     : QObject(parent)
+    , m_state(state)
 {
     setObjectName(QStringLiteral("ActivityFilter"));
 }
@@ -31,6 +30,6 @@ bool ActivityFilter::eventFilter(QObject* watched, QEvent* event)
     // One click reaches the window and then each widget it propagates to; resetting
     // the count again is harmless.
     if (IsActivity(*event))
-        intIdleSeconds = 0;
+        m_state.intIdleSeconds = 0;
     return QObject::eventFilter(watched, event);
 }

@@ -23,9 +23,9 @@ void InitApplication()
     QtMessageService::installAsDefault();
 }
 
-int RunMainWindow(const std::function<void(frmMain&)>& shown)
+int RunMainWindow(ProgramState& state, const std::function<void(frmMain&)>& shown)
 {
-    frmMain window;
+    frmMain window(state);
     window.Form_Load();
     // Before the event loop runs, an end of the program is only recorded.
     if (ProgramExitRequested())

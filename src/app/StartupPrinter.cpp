@@ -5,32 +5,21 @@
 
 namespace
 {
-PrinterSource& source()
+std::shared_ptr<OutputTarget> systemPrinter(ProgramState& state)
 {
-    static PrinterSource current;
-    return current;
-}
-
-std::shared_ptr<OutputTarget> systemPrinter()
-{
-    std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+    std::shared_ptr<PrinterTarget> printer = SystemPrinter(state);
     if (!printer || !printer->printer().isValid())
         return nullptr;
     return printer;
 }
 } // namespace
 
-std::shared_ptr<OutputTarget> StartupPrinter()
+std::shared_ptr<OutputTarget> StartupPrinter(ProgramState& state)
 {
-    std::shared_ptr<OutputTarget> target = source() ? source()() : systemPrinter();
+    std::shared_ptr<OutputTarget> target = state.printerSource ? state.printerSource() : systemPrinter(state);
     if (!target)
         throw RuntimeError(ErrorNumber::PrinterError, QStringLiteral("Printer"),
                            QStringLiteral("Problem getting printer information from the system. "
                                           "Make sure the printer is set up correctly."));
     return target;
-}
-
-void SetPrinterSource(PrinterSource source_)
-{
-    source() = std::move(source_);
 }

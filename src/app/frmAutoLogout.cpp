@@ -1,15 +1,15 @@
 #include "app/frmAutoLogout.h"
 
 #include "app/modTimerHook.h"
-#include "components/modCalcObject.h"
 #include "platform/modResource.h"
 #include "widgets/EventGuard.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
-frmAutoLogout::frmAutoLogout(QWidget* parent)
+frmAutoLogout::frmAutoLogout(ProgramState& state, QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
+    , m_state(state)
 {
     setObjectName(QStringLiteral("frmAutoLogout"));
     setWindowTitle(QStringLiteral("Auto-Logout in Progress"));
@@ -52,14 +52,14 @@ void frmAutoLogout::Form_Load()
 
 void frmAutoLogout::StopTimer_Timer()
 {
-    if (lngLogoutSeconds == 0 || !blnLogoutPending)
+    if (m_state.lngLogoutSeconds == 0 || !m_state.blnLogoutPending)
         return;
     RunGuarded([this] {
-        intLogoutElapsed = AddSecond(intLogoutElapsed);
-        txtSeconds->setText(QString::number(LogoutCountdownSeconds - intLogoutElapsed));
+        m_state.intLogoutElapsed = AddSecond(m_state.intLogoutElapsed);
+        txtSeconds->setText(QString::number(LogoutCountdownSeconds - m_state.intLogoutElapsed));
         Beep();
         // blnLogoutPending stays set: the main window's next tick closes the program.
-        if (intLogoutElapsed > LogoutCountdownSeconds)
+        if (m_state.intLogoutElapsed > LogoutCountdownSeconds)
             Unload();
     });
 }
@@ -68,8 +68,8 @@ void frmAutoLogout::cmdStopLogout_Click()
 {
     // The idle count is not reset here: the click, or the key that pressed the
     // button, has already reset it.
-    blnLogoutPending = false;
-    intLogoutElapsed = 0;
+    m_state.blnLogoutPending = false;
+    m_state.intLogoutElapsed = 0;
     Unload();
 }
 

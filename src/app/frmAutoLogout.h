@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/ProgramState.h"
+
 #include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -16,7 +18,7 @@ class frmAutoLogout final : public QDialog
     Q_DISABLE_COPY_MOVE(frmAutoLogout)
 
 public:
-    explicit frmAutoLogout(QWidget* parent = nullptr);
+    explicit frmAutoLogout(ProgramState& state, QWidget* parent = nullptr);
 
     // The run-time captions and the starting "15".
     void Form_Load();
@@ -36,4 +38,7 @@ public slots:
     // by its button or its own end would leave the logout pending with nothing
     // left to finish it.
     void reject() override;
+
+private:
+    ProgramState& m_state;
 };

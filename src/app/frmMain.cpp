@@ -16,8 +16,9 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
-frmMain::frmMain(QWidget* parent)
+frmMain::frmMain(ProgramState& state, QWidget* parent)
     : QWidget(parent)
+    , m_state(state)
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QStringLiteral("Calvex QC Reports"));
@@ -77,6 +78,10 @@ frmMain::~frmMain()
 {
     if (m_splash)
         delete m_splash.data();
+    // A window that goes without its shutdown leaves no watching behind that
+    // would reset the idle count of a state that may be gone by then.
+    if (!m_unloaded)
+        RemoveActivityHooks(m_state);
 }
 
 bool frmMain::IsModified(int tab) const
@@ -111,7 +116,7 @@ QString frmMain::SelectedPatientName() const
 
 QString frmMain::SelectedPatientID() const
 {
-    return strCurrentPatientID;
+    return m_state.strCurrentPatientID;
 }
 
 QString frmMain::FromDateText() const
@@ -153,9 +158,9 @@ void frmMain::closeEvent(QCloseEvent* event)
 void frmMain::Form_Unload()
 {
     // Each step runs even when one before it failed: the engine must hear of the close.
-    RunGuarded([] { ReleasePatient(); }, m_strMsgTitle);
-    RunGuarded([] { RemoveActivityHooks(); }, m_strMsgTitle);
-    RunGuarded([this] { CloseApplication(m_blnAutoLogout); }, m_strMsgTitle);
+    RunGuarded([this] { ReleasePatient(m_state); }, m_strMsgTitle);
+    RunGuarded([this] { RemoveActivityHooks(m_state); }, m_strMsgTitle);
+    RunGuarded([this] { CloseApplication(m_state, m_blnAutoLogout); }, m_strMsgTitle);
 }
 
 void frmMain::EndProgram()

@@ -27,7 +27,8 @@ class frmMain final : public QWidget, public MainWindowHost
     Q_DISABLE_COPY_MOVE(frmMain)
 
 public:
-    explicit frmMain(QWidget* parent = nullptr);
+    // state belongs to the caller and outlives the window.
+    explicit frmMain(ProgramState& state, QWidget* parent = nullptr);
     ~frmMain() override;
 
     // The start-up. It ends the program itself when the program cannot go on
@@ -61,6 +62,7 @@ public:
     QString FromDateText() const override;
     QString ToDateText() const override;
     void ResetDateRange() override;
+    ProgramState& State() override { return m_state; }
 
     SubjectSearchPanel* SubjectSearch() const { return m_search; }
     DateRangePanel* DateRange() const { return m_dates; }
@@ -86,6 +88,7 @@ private:
     // Unloads the window and ends the program.
     void EndProgram();
 
+    ProgramState& m_state;
     SubjectSearchPanel* m_search = nullptr;
     DateRangePanel* m_dates = nullptr;
     ReportTabsPanel* m_tabs = nullptr;

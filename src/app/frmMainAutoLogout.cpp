@@ -3,7 +3,6 @@
 
 #include "app/frmAutoLogout.h"
 #include "app/modTimerHook.h"
-#include "components/modCalcObject.h"
 #include "platform/MessageService.h"
 #include "platform/RuntimeError.h"
 
@@ -38,23 +37,23 @@ bool CloseModalWindows()
 
 void frmMain::ActivityTimer_Timer()
 {
-    if (lngLogoutSeconds == 0 || m_unloaded)
+    if (m_state.lngLogoutSeconds == 0 || m_unloaded)
         return;
     try
     {
-        if (!blnLogoutPending)
+        if (!m_state.blnLogoutPending)
         {
-            intIdleSeconds = AddSecond(intIdleSeconds);
-            if (intIdleSeconds > lngLogoutSeconds)
+            m_state.intIdleSeconds = AddSecond(m_state.intIdleSeconds);
+            if (m_state.intIdleSeconds > m_state.lngLogoutSeconds)
             {
-                blnLogoutPending = true;
+                m_state.blnLogoutPending = true;
                 // This tick goes on only when the countdown window has gone.
-                frmAutoLogout countdown(this);
+                frmAutoLogout countdown(m_state, this);
                 countdown.Form_Load();
                 countdown.exec();
             }
         }
-        else if (intLogoutElapsed > LogoutCountdownSeconds)
+        else if (m_state.intLogoutElapsed > LogoutCountdownSeconds)
         {
             m_blnAutoLogout = true;
             // A modal window left open would keep the program running after the

@@ -106,7 +106,7 @@ void frmMain::UnloadSplash()
 
 void frmMain::ApplyEditRights()
 {
-    if (!blnCanEditReports)
+    if (!m_state.blnCanEditReports)
     {
         m_tabs->DisableEditing();
         return;
@@ -133,13 +133,13 @@ void frmMain::Form_Load()
             return true;
         },
         [this] {
-            if (CreateCalcObject())
+            if (CreateCalcObject(m_state))
                 return true;
             EndProgram();
             return false;
         },
         [this] {
-            if (EngineAllowsStart())
+            if (EngineAllowsStart(m_state))
                 return true;
             MsgBox(GetResourceText(4125), MsgStyle::Exclamation, m_strMsgTitle);
             EndProgram();
@@ -166,20 +166,20 @@ void frmMain::Form_Load()
         },
         [this] {
             m_blnLoading = true;
-            blnAppReady = true;
-            return true;
-        },
-        [] {
-            objPrint = StartupPrinter();
-            return true;
-        },
-        [] {
-            strStartupPrinter = objPrint ? objPrint->DeviceName() : QString();
-            blnPrinterWarned = false;
+            m_state.blnAppReady = true;
             return true;
         },
         [this] {
-            strNotifiedPatientID.clear();
+            m_state.objPrint = StartupPrinter(m_state);
+            return true;
+        },
+        [this] {
+            m_state.strStartupPrinter = m_state.objPrint ? m_state.objPrint->DeviceName() : QString();
+            m_state.blnPrinterWarned = false;
+            return true;
+        },
+        [this] {
+            m_state.strNotifiedPatientID.clear();
             m_blnAutoLogout = false;
             return true;
         },
@@ -226,9 +226,9 @@ void frmMain::Form_Load()
             UnloadSplash();
             return true;
         },
-        [] {
-            InstallActivityHooks();
-            blnLogoutPending = false;
+        [this] {
+            InstallActivityHooks(m_state);
+            m_state.blnLogoutPending = false;
             return true;
         },
     };
@@ -244,7 +244,7 @@ void frmMain::Form_Load()
         {
             if (error.number() == ErrorNumber::PrinterError)
             {
-                blnAppReady = false;
+                m_state.blnAppReady = false;
                 MsgBox(GetResourceText(4117), MsgStyle::OkOnly, m_strMsgTitle);
                 continue;
             }

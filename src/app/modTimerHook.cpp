@@ -1,17 +1,12 @@
 #include "app/modTimerHook.h"
 
 #include "app/ActivityFilter.h"
-#include "components/modCalcObject.h"
 #include "platform/RuntimeError.h"
 
 #include <QApplication>
 #include <QPointer>
 
 #include <limits>
-
-qint16 intIdleSeconds = 0;
-bool blnLogoutPending = false;
-qint16 intLogoutElapsed = 0;
 
 namespace
 {
@@ -22,22 +17,22 @@ QPointer<ActivityFilter> activityFilter;
 std::function<void()> beepSound;
 } // namespace
 
-void InstallActivityHooks()
+void InstallActivityHooks(ProgramState& state)
 {
-    if (lngLogoutSeconds > 0)
+    if (state.lngLogoutSeconds > 0)
     {
         if (!activityFilter)
         {
-            activityFilter = new ActivityFilter(QCoreApplication::instance());
+            activityFilter = new ActivityFilter(state, QCoreApplication::instance());
             QCoreApplication::instance()->installEventFilter(activityFilter);
         }
-        intIdleSeconds = 0;
+        state.intIdleSeconds = 0;
     }
 }
 
-void RemoveActivityHooks()
+void RemoveActivityHooks(const ProgramState& state)
 {
-    if (lngLogoutSeconds > 0 && activityFilter)
+    if (state.lngLogoutSeconds > 0 && activityFilter)
     {
         QCoreApplication::instance()->removeEventFilter(activityFilter);
         delete activityFilter.data();

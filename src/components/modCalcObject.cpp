@@ -6,13 +6,6 @@
 
 #include <limits>
 
-std::unique_ptr<CalcEngine> objCalc;
-bool blnCanRunReports = false;
-bool blnCanEditReports = false;
-qint32 lngLogoutSeconds = 0;
-QString strNotifiedPatientID;
-QString strCurrentPatientID;
-
 namespace
 {
 qint32 minutesToSeconds(qint32 minutes)
@@ -24,28 +17,28 @@ qint32 minutesToSeconds(qint32 minutes)
 }
 } // namespace
 
-bool CreateCalcObject()
+bool CreateCalcObject(ProgramState& state)
 {
-    blnCanRunReports = false;
-    blnCanEditReports = false;
+    state.blnCanRunReports = false;
+    state.blnCanEditReports = false;
     try
     {
-        objCalc = ComponentFactory::create<CalcEngine>(CalcEngine::ClassId);
-        if (objCalc->OpenApplication(CalcEngine::ApplicationNumber) != 0)
+        state.objCalc = ComponentFactory::create<CalcEngine>(CalcEngine::ClassId);
+        if (state.objCalc->OpenApplication(CalcEngine::ApplicationNumber) != 0)
         {
             MsgBox(GetResourceText(4115), MsgStyle::Information);
             return false;
         }
         bool result = true;
-        if (objCalc->HasRight(CalcEngine::RightRunReports))
-            blnCanRunReports = true;
+        if (state.objCalc->HasRight(CalcEngine::RightRunReports))
+            state.blnCanRunReports = true;
         else
         {
             MsgBox(GetResourceText(4116), MsgStyle::Information);
             result = false;
         }
-        blnCanEditReports = objCalc->HasRight(CalcEngine::RightEditReports);
-        lngLogoutSeconds = minutesToSeconds(objCalc->AutoLogoutMinutes());
+        state.blnCanEditReports = state.objCalc->HasRight(CalcEngine::RightEditReports);
+        state.lngLogoutSeconds = minutesToSeconds(state.objCalc->AutoLogoutMinutes());
         return result;
     }
     catch (const RuntimeError& error)
@@ -55,11 +48,11 @@ bool CreateCalcObject()
     }
 }
 
-bool EngineAllowsStart()
+bool EngineAllowsStart(ProgramState& state)
 {
     try
     {
-        return objCalc->StartCheck() == 0;
+        return state.objCalc->StartCheck() == 0;
     }
     catch (const RuntimeError& error)
     {
@@ -68,27 +61,29 @@ bool EngineAllowsStart()
     }
 }
 
-void SetCurrentPatient()
+void SetCurrentPatient(ProgramState& state)
 {
-    if (strCurrentPatientID.isEmpty() || strCurrentPatientID == strNotifiedPatientID)
+    if (state.strCurrentPatientID.isEmpty() || state.strCurrentPatientID == state.strNotifiedPatientID)
         return;
-    if (!strNotifiedPatientID.isEmpty())
-        objCalc->PatientNotify(CalcEngine::EventPatientReleased, CalcEngine::ApplicationNumber, 0,
-                               strNotifiedPatientID);
-    strNotifiedPatientID = strCurrentPatientID;
-    objCalc->PatientNotify(CalcEngine::EventPatientTaken, CalcEngine::ApplicationNumber, 0, strNotifiedPatientID);
+    if (!state.strNotifiedPatientID.isEmpty())
+        state.objCalc->PatientNotify(CalcEngine::EventPatientReleased, CalcEngine::ApplicationNumber, 0,
+                                     state.strNotifiedPatientID);
+    state.strNotifiedPatientID = state.strCurrentPatientID;
+    state.objCalc->PatientNotify(CalcEngine::EventPatientTaken, CalcEngine::ApplicationNumber, 0,
+                                 state.strNotifiedPatientID);
 }
 
-void ReleasePatient()
+void ReleasePatient(ProgramState& state)
 {
-    if (objCalc && !strCurrentPatientID.isEmpty())
-        objCalc->PatientNotify(CalcEngine::EventPatientReleased, CalcEngine::ApplicationNumber, 0, strCurrentPatientID);
+    if (state.objCalc && !state.strCurrentPatientID.isEmpty())
+        state.objCalc->PatientNotify(CalcEngine::EventPatientReleased, CalcEngine::ApplicationNumber, 0,
+                                     state.strCurrentPatientID);
 }
 
-void CloseApplication(bool autoLogout)
+void CloseApplication(ProgramState& state, bool autoLogout)
 {
-    if (!objCalc)
+    if (!state.objCalc)
         return;
-    objCalc->CloseApplication(CalcEngine::ApplicationNumber, autoLogout);
-    objCalc.reset();
+    state.objCalc->CloseApplication(CalcEngine::ApplicationNumber, autoLogout);
+    state.objCalc.reset();
 }

@@ -4,11 +4,6 @@
 #include <QPrinterInfo>
 #include <QStandardPaths>
 
-std::shared_ptr<OutputTarget> objPrint;
-QString strStartupPrinter;
-bool blnPrinterWarned = false;
-bool blnAppReady = false;
-
 namespace
 {
 // The resolution of an office laser printer: DrawWidth is in device pixels,
@@ -58,8 +53,9 @@ std::unique_ptr<QPrinter> CreatePdfPrinter(const QString& fileName)
     return printer;
 }
 
-std::shared_ptr<PrinterTarget> SystemPrinter()
+std::shared_ptr<PrinterTarget> SystemPrinter(ProgramState& state)
 {
-    static const std::shared_ptr<PrinterTarget> printer = std::make_shared<PrinterTarget>(CreateSystemPrinter());
-    return printer;
+    if (!state.systemPrinter)
+        state.systemPrinter = std::make_shared<PrinterTarget>(CreateSystemPrinter());
+    return state.systemPrinter;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/ProgramState.h"
+
 #include <QString>
 
 // What the report panels need of the main window that holds them: the state
@@ -39,4 +41,7 @@ public:
     virtual QString ToDateText() const = 0;
     // From empty, To today.
     virtual void ResetDateRange() = 0;
+
+    // The program's state, which the window was given by the program's owner.
+    virtual ProgramState& State() = 0;
 };

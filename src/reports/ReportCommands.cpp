@@ -159,7 +159,7 @@ void ReportTabsPanel::cmdDelete_Click()
 
 void ReportTabsPanel::UpdateReportButtons()
 {
-    if (blnCanEditReports)
+    if (m_host.State().blnCanEditReports)
     {
         EnableNewButton();
         UpdateSaveAsButton(CurrentTab());
@@ -176,7 +176,7 @@ void ReportTabsPanel::UpdateReportButtons()
 
 void ReportTabsPanel::EnableNewButton()
 {
-    cmdNew->setEnabled(blnCanEditReports);
+    cmdNew->setEnabled(m_host.State().blnCanEditReports);
 }
 
 void ReportTabsPanel::UpdateDeleteButton()

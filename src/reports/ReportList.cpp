@@ -106,7 +106,7 @@ void ReportTabsPanel::cboReports_Click(int Index)
         const qint32 id = ComboList::ItemData(list, list->currentIndex());
 
         store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
-        if (blnCanEditReports)
+        if (m_host.State().blnCanEditReports)
             cmdDelete->setEnabled(store->CanDeleteReport(id, QString()));
         else
             cmdDelete->setEnabled(false);

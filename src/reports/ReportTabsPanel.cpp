@@ -170,7 +170,7 @@ void ReportTabsPanel::sstabReportTabs_Click()
 
 void ReportTabsPanel::UpdateSaveAsButton(int Index)
 {
-    cmdSaveAs->setEnabled(blnCanEditReports && msfgVariable[Index]->Rows() >= 3);
+    cmdSaveAs->setEnabled(m_host.State().blnCanEditReports && msfgVariable[Index]->Rows() >= 3);
 }
 
 void ReportTabsPanel::DisableEditing()

@@ -197,7 +197,7 @@ bool VariableEditor::ShowSelectedVariable(int Row)
 
 void VariableEditor::UpdateVariableButtons()
 {
-    if (!blnCanEditReports)
+    if (!m_host.State().blnCanEditReports)
     {
         cmdVarAdd->setEnabled(false);
         cmdVarUpdate->setEnabled(false);

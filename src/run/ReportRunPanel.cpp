@@ -14,8 +14,6 @@
 
 #include <memory>
 
-bool blnSIUnits = false;
-
 ReportRunPanel::ReportRunPanel(MainWindowHost& host, SubjectSearchPanel& search, DateRangePanel& dates,
                                ReportTabsPanel& tabs, QWidget* parent)
     : QWidget(parent)
@@ -45,7 +43,7 @@ ReportRunPanel::ReportRunPanel(MainWindowHost& host, SubjectSearchPanel& search,
 
 void ReportRunPanel::cmdPreview_Click()
 {
-    if (!blnAppReady)
+    if (!m_host.State().blnAppReady)
     {
         MsgBox(GetResourceText(4118), MsgStyle::OkOnly, m_host.MsgTitle());
         return;
@@ -59,15 +57,15 @@ void ReportRunPanel::cmdPreview_Click()
         if (!ValidateReportRequest(tab))
             return;
         WaitCursor wait;
-        blnSIUnits = ReadSIUnitSetting();
+        m_host.State().blnSIUnits = ReadSIUnitSetting();
         ReportInfo info;
         m_tabs.BuildReportInfo(tab, info);
-        preview = std::make_unique<frmPrintPreview>(window());
+        preview = std::make_unique<frmPrintPreview>(m_host.State(), window());
         m_preview = preview.get();
         preview->m_strReportName = ReportName(tab);
         // The preview shows its own hourglass while it prepares the pages.
         wait.restore();
-        if (preview->SetGraphData(objPrint, info, blnSIUnits))
+        if (preview->SetGraphData(m_host.State().objPrint, info, m_host.State().blnSIUnits))
             preview->exec();
     }
     catch (const RuntimeError& error)
@@ -81,13 +79,13 @@ void ReportRunPanel::cmdPreview_Click()
 
 void ReportRunPanel::cmdPrint_Click()
 {
-    if (!blnAppReady)
+    if (!m_host.State().blnAppReady)
     {
         MsgBox(GetResourceText(4117), MsgStyle::OkOnly, m_host.MsgTitle());
         return;
     }
     // The printer of this job, held until it has ended.
-    const std::shared_ptr<OutputTarget> printer = objPrint;
+    const std::shared_ptr<OutputTarget> printer = m_host.State().objPrint;
     if (!printer)
     {
         MsgBox(GetResourceText(4064), MsgStyle::Exclamation, m_host.MsgTitle());
@@ -99,14 +97,14 @@ void ReportRunPanel::cmdPrint_Click()
         const qint16 tab = qint16(m_host.CurrentTab());
         if (!ValidateReportRequest(tab))
             return;
-        blnSIUnits = ReadSIUnitSetting();
+        m_host.State().blnSIUnits = ReadSIUnitSetting();
         ReportInfo info;
         m_tabs.BuildReportInfo(tab, info);
         // The batch renderer's road: graph series, then table data (a failure
         // of either stops here, unprinted and without a word, as each says
         // what it has to say itself), the table set up around the graph
         // pages, the table pages numbered on, EndDoc.
-        PrintReportJob(*printer, info, ReportName(tab), blnSIUnits);
+        PrintReportJob(*printer, info, ReportName(tab), m_host.State().blnSIUnits);
     }
     catch (const RuntimeError& error)
     {
@@ -119,15 +117,15 @@ void ReportRunPanel::cmdPrint_Click()
 
 void ReportRunPanel::cmdPrintSetup_Click()
 {
-    if (!blnAppReady)
+    if (!m_host.State().blnAppReady)
     {
         MsgBox(GetResourceText(4117), MsgStyle::OkOnly, m_host.MsgTitle());
         return;
     }
     try
     {
-        if (std::shared_ptr<PrinterTarget> chosen = ShowPrintSetup(window()))
-            objPrint = std::move(chosen);
+        if (std::shared_ptr<PrinterTarget> chosen = ShowPrintSetup(m_host.State(), window()))
+            m_host.State().objPrint = std::move(chosen);
     }
     catch (const RuntimeError& error)
     {

@@ -10,13 +10,9 @@
 #include <QPushButton>
 #include <QWidget>
 
-// The site reports in SI units: read afresh from the setting "SI Unit" by
-// every report run, which hands it on to the store and the layouts.
-extern bool blnSIUnits;
-
 // Print Setup, Preview and Print of the main window: the report run. A run
 // checks the request (subject, date range, variables and their limits),
-// reads the unit setting, builds the report request from the current tab and
+// reads the unit setting (blnSIUnits), builds the report request from the current tab and
 // hands it to the preview window or straight to the printer (objPrint),
 // through the print path that the batch renderer uses too.
 class ReportRunPanel final : public QWidget

@@ -93,7 +93,7 @@ frmSelPatient& SubjectSearchPanel::SelPatient()
 {
     if (!m_selPatient)
     {
-        m_selPatient = new frmSelPatient(this);
+        m_selPatient = new frmSelPatient(m_host.State(), this);
         m_selPatient->Form_Load();
     }
     return *m_selPatient;
@@ -102,7 +102,7 @@ frmSelPatient& SubjectSearchPanel::SelPatient()
 void SubjectSearchPanel::ShowSubject(const QString& id, const QString& firstName, const QString& midName,
                                      const QString& lastName)
 {
-    strCurrentPatientID = id;
+    m_host.State().strCurrentPatientID = id;
     txtPatient->clear();
     txtPatientName->setText(FormatPatientName(firstName, midName, lastName));
     txtPatientID->setText(id);
@@ -119,7 +119,7 @@ void SubjectSearchPanel::cmdFind_Click()
     }
 
     // What an error puts back: the search never leaves half a choice behind.
-    const QString previousID = strCurrentPatientID;
+    const QString previousID = m_host.State().strCurrentPatientID;
     const QString previousSearch = txtPatient->text();
     const QString previousName = txtPatientName->text();
     const QString previousIDText = txtPatientID->text();
@@ -159,11 +159,11 @@ void SubjectSearchPanel::cmdFind_Click()
             }
         }
         rs->Close();
-        SetCurrentPatient();
+        SetCurrentPatient(m_host.State());
     }
     catch (const RuntimeError& error)
     {
-        strCurrentPatientID = previousID;
+        m_host.State().strCurrentPatientID = previousID;
         txtPatient->setText(previousSearch);
         txtPatientName->setText(previousName);
         txtPatientID->setText(previousIDText);

@@ -17,7 +17,7 @@
 // The QC subject part of the main window: the search text, search by ID or by
 // last name, Find, and the chosen subject's ID and name.
 //
-// The chosen subject's ID lives in strCurrentPatientID (modCalcObject), the
+// The chosen subject's ID lives in strCurrentPatientID (ProgramState), the
 // one place that the report run and the shutdown's release of the subject
 // read; it changes only through a successful choice.
 class SubjectSearchPanel final : public QWidget

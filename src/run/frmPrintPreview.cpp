@@ -48,8 +48,9 @@ void SetBarRange(QScrollBar& bar, qint16 maximum)
 }
 } // namespace
 
-frmPrintPreview::frmPrintPreview(QWidget* parent)
+frmPrintPreview::frmPrintPreview(ProgramState& state, QWidget* parent)
     : QDialog(parent)
+    , m_state(state)
 {
     setObjectName(QStringLiteral("frmPrintPreview"));
     setModal(true);
@@ -256,7 +257,7 @@ void frmPrintPreview::cmdPrevPage_Click()
 
 void frmPrintPreview::cmdPrint_Click()
 {
-    if (!objPrint)
+    if (!m_state.objPrint)
     {
         MsgBox(GetResourceText(4086), MsgStyle::Exclamation, GetResourceText(4087));
         return;
@@ -265,7 +266,7 @@ void frmPrintPreview::cmdPrint_Click()
     {
         // The pages as prepared and laid out for this preview: no new
         // preparation, so paper and screen show the same report.
-        PrintPreviewedReportJob(*objPrint, m_report, m_strReportName);
+        PrintPreviewedReportJob(*m_state.objPrint, m_report, m_strReportName);
     }
     catch (const RuntimeError& error)
     {

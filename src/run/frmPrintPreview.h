@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/ProgramState.h"
 #include "components/ReportInfo.h"
 #include "output/OutputTarget.h"
 #include "output/PictureTarget.h"
@@ -46,7 +47,8 @@ public:
         qint32 Bottom = 0;
     };
 
-    explicit frmPrintPreview(QWidget* parent = nullptr);
+    // The preview prints on the state's objPrint; state outlives the window.
+    explicit frmPrintPreview(ProgramState& state, QWidget* parent = nullptr);
     ~frmPrintPreview() override;
 
     // The run's entry: prepares the report for printer (the program's
@@ -118,6 +120,7 @@ private:
     // Twips of the view's logical pixels.
     static qint32 ViewTwips(int pixels);
 
+    ProgramState& m_state;
     PreparedReport m_report;
     std::shared_ptr<OutputTarget> m_printer;
     std::unique_ptr<PictureTarget> m_picPage;

@@ -47,8 +47,9 @@ public:
 };
 } // namespace
 
-frmSelPatient::frmSelPatient(QWidget* parent)
+frmSelPatient::frmSelPatient(ProgramState& state, QWidget* parent)
     : QDialog(parent)
+    , m_state(state)
 {
     setObjectName(QStringLiteral("frmSelPatient"));
     setWindowTitle(QStringLiteral("Search Results"));
@@ -181,16 +182,16 @@ void frmSelPatient::cmdSelect_Click()
     m_strSelPatFirstName = row->text(ColFirstName);
     m_strSelPatMidName = row->text(ColMidName);
 
-    const QString previous = strCurrentPatientID;
-    strCurrentPatientID = m_strSelPatID;
+    const QString previous = m_state.strCurrentPatientID;
+    m_state.strCurrentPatientID = m_strSelPatID;
     try
     {
-        SetCurrentPatient();
+        SetCurrentPatient(m_state);
     }
     catch (const RuntimeError& error)
     {
         // The engine did not take the subject: nothing is chosen, the list stays open.
-        strCurrentPatientID = previous;
+        m_state.strCurrentPatientID = previous;
         clearChoice();
         MsgBox(error.description(), MsgStyle::Critical, GetResourceText(4096));
         lvwPatients->setFocus();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/ProgramState.h"
 #include "platform/Recordset.h"
 
 #include <QDialog>
@@ -33,7 +34,7 @@ public:
         ColumnCount = 5
     };
 
-    explicit frmSelPatient(QWidget* parent = nullptr);
+    explicit frmSelPatient(ProgramState& state, QWidget* parent = nullptr);
 
     // Captions and the five columns with their headers, widths and alignment.
     void Form_Load();
@@ -70,6 +71,7 @@ public:
 private:
     void clearChoice();
 
+    ProgramState& m_state;
     int m_sortKey = -1;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
 };

@@ -10,7 +10,8 @@ namespace
 constexpr qint16 IdOtherPrinterNotice = 4102;
 }
 
-std::shared_ptr<PrinterTarget> ShowPrintSetup(QWidget* parent, const std::shared_ptr<PrinterTarget>& systemPrinter)
+std::shared_ptr<PrinterTarget> ShowPrintSetup(ProgramState& state, QWidget* parent,
+                                              const std::shared_ptr<PrinterTarget>& systemPrinter)
 {
     if (!systemPrinter)
         return nullptr;
@@ -25,10 +26,15 @@ std::shared_ptr<PrinterTarget> ShowPrintSetup(QWidget* parent, const std::shared
     // The dialog changed printer, paper and orientation on the printer itself.
     systemPrinter->printerChanged();
 
-    if (systemPrinter->DeviceName() != strStartupPrinter && !blnPrinterWarned)
+    if (systemPrinter->DeviceName() != state.strStartupPrinter && !state.blnPrinterWarned)
     {
-        blnPrinterWarned = true;
+        state.blnPrinterWarned = true;
         MsgBox(GetResourceText(IdOtherPrinterNotice), MsgStyle::OkOnly);
     }
     return systemPrinter;
+}
+
+std::shared_ptr<PrinterTarget> ShowPrintSetup(ProgramState& state, QWidget* parent)
+{
+    return ShowPrintSetup(state, parent, SystemPrinter(state));
 }

@@ -17,8 +17,6 @@ struct AutoLogoutFixture
 {
     explicit AutoLogoutFixture(qint32 logoutMinutes)
     {
-        intIdleSeconds = 0;
-        intLogoutElapsed = 0;
         main.engine->logoutMinutes = logoutMinutes;
         SetBeepFunction([this] {
             const frmAutoLogout* countdown = window().findChild<frmAutoLogout*>();
@@ -29,12 +27,10 @@ struct AutoLogoutFixture
     ~AutoLogoutFixture()
     {
         SetBeepFunction({});
-        // Whatever the test left installed goes, so that the next test starts unwatched.
-        lngLogoutSeconds = 1;
-        RemoveActivityHooks();
-        intIdleSeconds = 0;
-        intLogoutElapsed = 0;
-        blnLogoutPending = false;
+        // Whatever the test left installed goes, so that the next test starts
+        // unwatched and no watching outlives the state it resets.
+        state().lngLogoutSeconds = 1;
+        RemoveActivityHooks(state());
     }
 
     // Runs the start-up; the test drives the ticks itself.
@@ -45,6 +41,7 @@ struct AutoLogoutFixture
     }
 
     frmMain& window() { return *main.window; }
+    ProgramState& state() { return main.state; }
 
     // The filters watching the user's activity.
     static int installedFilters()

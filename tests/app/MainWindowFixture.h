@@ -23,48 +23,34 @@
 
 #include <memory>
 
-// The program-wide values of the shell as a run starts.
-inline void ResetProgramState()
-{
-    objCalc.reset();
-    blnCanRunReports = false;
-    blnCanEditReports = false;
-    lngLogoutSeconds = 0;
-    strNotifiedPatientID.clear();
-    strCurrentPatientID.clear();
-    objPrint.reset();
-    strStartupPrinter.clear();
-    blnPrinterWarned = true;
-    blnAppReady = false;
-    blnLogoutPending = true;
-    ResetProgramExit();
-    SetPrinterSource({});
-}
-
-// The main window over a scripted engine and store, the fake catalogue, the
-// test strings, a printer of its own and a registry key whose "Executable
-// Path" holds a database tool that writes its arguments to toolLog().
+// The main window over a fresh program state, a scripted engine and store,
+// the fake catalogue, the test strings, a printer of its own and a registry
+// key whose "Executable Path" holds a database tool that writes its arguments
+// to toolLog().
 struct MainWindowFixture
 {
     MainWindowFixture()
     {
-        ResetProgramState();
+        // The start-up must clear these itself.
+        state.blnPrinterWarned = true;
+        state.blnLogoutPending = true;
+        ResetProgramExit();
         Clock::pin(QDateTime(QDate(2024, 6, 15), QTime(9, 30)));
         FakeCatalogue::install(*store);
-        SetPrinterSource([this] { return printer; });
+        state.printerSource = [this] { return printer; };
         printer->setDeviceName(QStringLiteral("Test Printer"));
 
         QDir(registry.folder()).mkpath(QStringLiteral("bin"));
         writeTool(toolFolder(), QStringLiteral("echo \"$@\" >> \"%1\"\n").arg(toolLog()));
         registry.setValue(QStringLiteral("Executable Path"), toolFolder());
         registry.setValue(QStringLiteral("SI Unit"), QStringLiteral("0"));
-        window = std::make_unique<frmMain>();
+        window = std::make_unique<frmMain>(state);
     }
 
     ~MainWindowFixture()
     {
         window.reset();
-        ResetProgramState();
+        ResetProgramExit();
         Clock::pin(QDateTime());
     }
 
@@ -99,5 +85,6 @@ struct MainWindowFixture
     std::shared_ptr<FakeReportStore::Script> store = std::make_shared<FakeReportStore::Script>();
     ScopedComponentRegistration storeRegistration{QCReportStore::ClassId, FakeReportStore::creator(store)};
     std::shared_ptr<RecordingTarget> printer = std::make_shared<RecordingTarget>();
+    ProgramState state;
     std::unique_ptr<frmMain> window;
 };

@@ -13,11 +13,11 @@
 // The real main window on the suite's components, as the window tests that
 // run it on a real database start and leave it.
 
-// Runs the start-up and shows the window; nullptr when the start-up showed a
-// message or ended the program.
-inline std::unique_ptr<frmMain> StartSuiteWindow(const RecordingMessageService& boxes)
+// Runs the start-up of a window over state and shows the window; nullptr when
+// the start-up showed a message or ended the program.
+inline std::unique_ptr<frmMain> StartSuiteWindow(ProgramState& state, const RecordingMessageService& boxes)
 {
-    auto window = std::make_unique<frmMain>();
+    auto window = std::make_unique<frmMain>(state);
     window->Form_Load();
     if (boxes.count() != 0 || ProgramExitRequested())
         return nullptr;
@@ -27,12 +27,12 @@ inline std::unique_ptr<frmMain> StartSuiteWindow(const RecordingMessageService& 
     return window;
 }
 
-// Forgets the suite's components and the program state after a test.
+// Forgets the suite's components and the end of the program after a test.
 inline void ForgetSuiteComponents()
 {
     for (const QString& classId :
          {QCReportStore::ClassId, CalcEngine::ClassId, PatientQuery::ClassId, StringServer::ClassId})
         ComponentFactory::unregisterClass(classId);
     ResetResourceServer();
-    ResetProgramState();
+    ResetProgramExit();
 }

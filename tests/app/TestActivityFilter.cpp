@@ -21,11 +21,11 @@ class TestActivityFilter : public QObject
 {
     Q_OBJECT
 
-    template <class Input> static bool resets(Input&& input)
+    template <class Input> static bool resets(ProgramState& state, Input&& input)
     {
-        intIdleSeconds = 42;
+        state.intIdleSeconds = 42;
         input();
-        return intIdleSeconds == 0;
+        return state.intIdleSeconds == 0;
     }
 
     static void key(QWidget* widget, QEvent::Type type, int key)
@@ -41,12 +41,12 @@ private slots:
         f.start();
         QLineEdit* patient = f.window().SubjectSearch()->txtPatient;
         QWidget* panel = f.window().ReportTabs();
-        QVERIFY(resets([&] { QTest::mousePress(patient, Qt::LeftButton); }));
+        QVERIFY(resets(f.state(), [&] { QTest::mousePress(patient, Qt::LeftButton); }));
         QTest::mouseRelease(patient, Qt::LeftButton);
-        QVERIFY(resets([&] { QTest::mouseClick(patient, Qt::LeftButton); }));
-        QVERIFY(resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonPress); }));
-        QVERIFY(resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonDblClick); }));
-        QVERIFY(resets([&] { AutoLogoutFixture::mouse(&f.window(), QEvent::MouseButtonDblClick); }));
+        QVERIFY(resets(f.state(), [&] { QTest::mouseClick(patient, Qt::LeftButton); }));
+        QVERIFY(resets(f.state(), [&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonPress); }));
+        QVERIFY(resets(f.state(), [&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonDblClick); }));
+        QVERIFY(resets(f.state(), [&] { AutoLogoutFixture::mouse(&f.window(), QEvent::MouseButtonDblClick); }));
     }
 
     void movesReleasesOtherButtonsAndTheWheelDoNotCount()
@@ -55,16 +55,16 @@ private slots:
         f.start();
         QLineEdit* patient = f.window().SubjectSearch()->txtPatient;
         QWidget* panel = f.window().ReportTabs();
-        QVERIFY(!resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseMove, Qt::NoButton); }));
-        QVERIFY(!resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonRelease); }));
+        QVERIFY(!resets(f.state(), [&] { AutoLogoutFixture::mouse(panel, QEvent::MouseMove, Qt::NoButton); }));
+        QVERIFY(!resets(f.state(), [&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonRelease); }));
         for (Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton, Qt::BackButton})
         {
-            QVERIFY(!resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonPress, button); }));
-            QVERIFY(!resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonDblClick, button); }));
-            QVERIFY(!resets([&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonRelease, button); }));
+            QVERIFY(!resets(f.state(), [&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonPress, button); }));
+            QVERIFY(!resets(f.state(), [&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonDblClick, button); }));
+            QVERIFY(!resets(f.state(), [&] { AutoLogoutFixture::mouse(panel, QEvent::MouseButtonRelease, button); }));
         }
-        QVERIFY(!resets([&] { QTest::mouseClick(patient, Qt::RightButton); }));
-        QVERIFY(!resets([&] {
+        QVERIFY(!resets(f.state(), [&] { QTest::mouseClick(patient, Qt::RightButton); }));
+        QVERIFY(!resets(f.state(), [&] {
             const QPointF pos = QRectF(panel->rect()).center();
             QWheelEvent wheel(pos, panel->mapToGlobal(pos), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
                               Qt::NoScrollPhase, false);
@@ -77,10 +77,10 @@ private slots:
         AutoLogoutFixture f(1);
         f.start();
         QLineEdit* patient = f.window().SubjectSearch()->txtPatient;
-        QVERIFY(resets([&] { key(patient, QEvent::KeyPress, Qt::Key_B); }));
-        QVERIFY(resets([&] { key(patient, QEvent::KeyRelease, Qt::Key_B); }));
-        QVERIFY(resets([&] { key(&f.window(), QEvent::KeyPress, Qt::Key_Shift); }));
-        QVERIFY(resets([&] { QTest::keyClick(patient, Qt::Key_Tab); }));
+        QVERIFY(resets(f.state(), [&] { key(patient, QEvent::KeyPress, Qt::Key_B); }));
+        QVERIFY(resets(f.state(), [&] { key(patient, QEvent::KeyRelease, Qt::Key_B); }));
+        QVERIFY(resets(f.state(), [&] { key(&f.window(), QEvent::KeyPress, Qt::Key_Shift); }));
+        QVERIFY(resets(f.state(), [&] { QTest::keyClick(patient, Qt::Key_Tab); }));
     }
 
     void inputPassesOnToTheProgram()
@@ -89,7 +89,7 @@ private slots:
         f.start();
         QLineEdit* patient = f.window().SubjectSearch()->txtPatient;
         patient->clear();
-        QVERIFY(resets([&] { QTest::keyClicks(patient, QStringLiteral("Smi")); }));
+        QVERIFY(resets(f.state(), [&] { QTest::keyClicks(patient, QStringLiteral("Smi")); }));
         QCOMPARE(patient->text(), QStringLiteral("Smi"));
     }
 
@@ -109,10 +109,10 @@ private slots:
         ModalDriver::whenModal([&](QWidget* modal) {
             QCOMPARE(modal, &dialog);
             inside = true;
-            QVERIFY(resets([&] { QTest::keyClicks(name, QStringLiteral("QC")); }));
-            QVERIFY(!resets([&] { QTest::mouseClick(name, Qt::RightButton); }));
-            QVERIFY(resets([&] { QTest::mouseClick(name, Qt::LeftButton); }));
-            QVERIFY(resets([&] { QTest::mouseClick(ok, Qt::LeftButton); }));
+            QVERIFY(resets(f.state(), [&] { QTest::keyClicks(name, QStringLiteral("QC")); }));
+            QVERIFY(!resets(f.state(), [&] { QTest::mouseClick(name, Qt::RightButton); }));
+            QVERIFY(resets(f.state(), [&] { QTest::mouseClick(name, Qt::LeftButton); }));
+            QVERIFY(resets(f.state(), [&] { QTest::mouseClick(ok, Qt::LeftButton); }));
         });
         QCOMPARE(dialog.exec(), int(QDialog::Accepted));
         QVERIFY(inside);
@@ -133,9 +133,10 @@ private slots:
             auto* box = qobject_cast<QMessageBox*>(modal);
             QVERIFY(box);
             inside = true;
-            QVERIFY(resets([&] { key(box, QEvent::KeyPress, Qt::Key_Shift); }));
-            QVERIFY(!resets([&] { AutoLogoutFixture::mouse(box, QEvent::MouseButtonPress, Qt::RightButton); }));
-            QVERIFY(resets([&] { QTest::mouseClick(box->button(QMessageBox::No), Qt::LeftButton); }));
+            QVERIFY(resets(f.state(), [&] { key(box, QEvent::KeyPress, Qt::Key_Shift); }));
+            QVERIFY(
+                !resets(f.state(), [&] { AutoLogoutFixture::mouse(box, QEvent::MouseButtonPress, Qt::RightButton); }));
+            QVERIFY(resets(f.state(), [&] { QTest::mouseClick(box->button(QMessageBox::No), Qt::LeftButton); }));
         });
         QCOMPARE(MsgBox(QStringLiteral("Discard the changes?"), MsgStyle::YesNo + MsgStyle::Question), MsgAnswer::No);
         QVERIFY(inside);
@@ -148,9 +149,9 @@ private slots:
         QWidget other;
         auto* text = new QLineEdit(&other);
         other.show();
-        QVERIFY(resets([&] { QTest::keyClick(text, Qt::Key_X); }));
-        QVERIFY(resets([&] { QTest::mouseClick(text, Qt::LeftButton); }));
-        QVERIFY(!resets([&] { QTest::mouseClick(text, Qt::RightButton); }));
+        QVERIFY(resets(f.state(), [&] { QTest::keyClick(text, Qt::Key_X); }));
+        QVERIFY(resets(f.state(), [&] { QTest::mouseClick(text, Qt::LeftButton); }));
+        QVERIFY(!resets(f.state(), [&] { QTest::mouseClick(text, Qt::RightButton); }));
     }
 };
 

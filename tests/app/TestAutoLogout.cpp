@@ -29,15 +29,15 @@ private slots:
     {
         AutoLogoutFixture f(1);
         f.start();
-        QCOMPARE(lngLogoutSeconds, 60);
-        QVERIFY(!blnLogoutPending);
+        QCOMPARE(f.state().lngLogoutSeconds, 60);
+        QVERIFY(!f.state().blnLogoutPending);
         QVERIFY(f.quietTicks(60));
-        QCOMPARE(intIdleSeconds, qint16(60));
+        QCOMPARE(f.state().intIdleSeconds, qint16(60));
 
         bool checked = false;
         const bool shown = f.tick([&](frmAutoLogout& countdown) {
-            QCOMPARE(intIdleSeconds, qint16(61));
-            QVERIFY(blnLogoutPending);
+            QCOMPARE(f.state().intIdleSeconds, qint16(61));
+            QVERIFY(f.state().blnLogoutPending);
             QVERIFY(countdown.isModal());
             QCOMPARE(QApplication::activeModalWidget(), &countdown);
             QCOMPARE(countdown.windowTitle(), QStringLiteral("T4119"));
@@ -58,18 +58,18 @@ private slots:
         f.start();
         f.main.engine->calls.clear();
         QVERIFY(f.quietTicks(60));
-        QVERIFY(f.tick([](frmAutoLogout& countdown) {
+        QVERIFY(f.tick([&](frmAutoLogout& countdown) {
             AutoLogoutFixture::stopTimerTicks(countdown, 4);
-            QCOMPARE(intLogoutElapsed, qint16(4));
+            QCOMPARE(f.state().intLogoutElapsed, qint16(4));
             QTest::mouseClick(countdown.cmdStopLogout, Qt::LeftButton);
             QVERIFY(!countdown.isVisible());
         }));
-        QVERIFY(!blnLogoutPending);
-        QCOMPARE(intLogoutElapsed, qint16(0));
+        QVERIFY(!f.state().blnLogoutPending);
+        QCOMPARE(f.state().intLogoutElapsed, qint16(0));
         // The click itself reset the idle count; counting goes on from there.
-        QCOMPARE(intIdleSeconds, qint16(0));
+        QCOMPARE(f.state().intIdleSeconds, qint16(0));
         QVERIFY(f.quietTicks(1));
-        QCOMPARE(intIdleSeconds, qint16(1));
+        QCOMPARE(f.state().intIdleSeconds, qint16(1));
         QVERIFY(!f.window().IsUnloaded());
         QVERIFY(f.main.engine->calls.isEmpty());
     }
@@ -78,28 +78,28 @@ private slots:
     {
         AutoLogoutFixture f(1);
         f.start();
-        intIdleSeconds = 60;
-        QVERIFY(f.tick([](frmAutoLogout& countdown) {
+        f.state().intIdleSeconds = 60;
+        QVERIFY(f.tick([&](frmAutoLogout& countdown) {
             AutoLogoutFixture::stopTimerTicks(countdown, 2);
             QTest::keyClick(countdown.cmdStopLogout, Qt::Key_Space);
         }));
-        QVERIFY(!blnLogoutPending);
-        QCOMPARE(intLogoutElapsed, qint16(0));
-        QCOMPARE(intIdleSeconds, qint16(0));
+        QVERIFY(!f.state().blnLogoutPending);
+        QCOMPARE(f.state().intLogoutElapsed, qint16(0));
+        QCOMPARE(f.state().intIdleSeconds, qint16(0));
     }
 
     void countdownBeepsOnEveryTickFrom14ToMinus1()
     {
         AutoLogoutFixture f(1);
         f.start();
-        intIdleSeconds = 60;
+        f.state().intIdleSeconds = 60;
         QStringList shownAfterTick;
         QVERIFY(f.tick([&](frmAutoLogout& countdown) {
             for (int i = 1; i <= 16; ++i)
             {
                 countdown.StopTimer_Timer();
                 shownAfterTick.append(countdown.txtSeconds->text());
-                QCOMPARE(intLogoutElapsed, qint16(i));
+                QCOMPARE(f.state().intLogoutElapsed, qint16(i));
                 QCOMPARE(f.beeps.size(), i);
                 // Open through the 15th tick (showing 0), gone after the 16th.
                 QCOMPARE(countdown.isVisible(), i < 16);
@@ -108,8 +108,8 @@ private slots:
         QCOMPARE(shownAfterTick, countdownTexts);
         // Each beep comes after the new number is shown.
         QCOMPARE(f.beeps, countdownTexts);
-        QVERIFY(blnLogoutPending);
-        QCOMPARE(intLogoutElapsed, qint16(16));
+        QVERIFY(f.state().blnLogoutPending);
+        QCOMPARE(f.state().intLogoutElapsed, qint16(16));
     }
 
     void mainWindowClosesOneTickAfterTheCountdownAndTellsTheEngine()
@@ -117,10 +117,10 @@ private slots:
         AutoLogoutFixture f(1);
         f.start();
         f.window().show();
-        strCurrentPatientID = QStringLiteral("QC-7");
-        SetCurrentPatient();
+        f.state().strCurrentPatientID = QStringLiteral("QC-7");
+        SetCurrentPatient(f.state());
         f.main.engine->calls.clear();
-        intIdleSeconds = 60;
+        f.state().intIdleSeconds = 60;
 
         QVERIFY(f.tick(expire));
         // The tick that showed the countdown ends when the countdown has gone, and closes nothing.
@@ -150,14 +150,14 @@ private slots:
     {
         AutoLogoutFixture f(1);
         f.start();
-        intIdleSeconds = 60;
+        f.state().intIdleSeconds = 60;
         QVERIFY(f.tick([&](frmAutoLogout& countdown) {
             AutoLogoutFixture::stopTimerTicks(countdown, 15);
             // The main window's timer goes on ticking under the countdown.
             f.window().ActivityTimer_Timer();
             f.window().ActivityTimer_Timer();
             QCOMPARE(QApplication::activeModalWidget(), &countdown);
-            QCOMPARE(intIdleSeconds, qint16(61));
+            QCOMPARE(f.state().intIdleSeconds, qint16(61));
             QVERIFY(!f.window().IsUnloaded());
             countdown.StopTimer_Timer();
         }));
@@ -170,21 +170,21 @@ private slots:
     {
         AutoLogoutFixture f(1);
         f.start();
-        intIdleSeconds = 60;
+        f.state().intIdleSeconds = 60;
         QVERIFY(f.tick([&](frmAutoLogout& countdown) {
             AutoLogoutFixture::stopTimerTicks(countdown, 3);
             QTest::mouseClick(countdown.txtSeconds, Qt::LeftButton);
-            QCOMPARE(intIdleSeconds, qint16(0));
-            intIdleSeconds = 61;
+            QCOMPARE(f.state().intIdleSeconds, qint16(0));
+            f.state().intIdleSeconds = 61;
             QTest::keyClick(&countdown, Qt::Key_A);
-            QCOMPARE(intIdleSeconds, qint16(0));
+            QCOMPARE(f.state().intIdleSeconds, qint16(0));
             // Only the button stops the countdown: not Escape, not the close box.
             QTest::keyClick(&countdown, Qt::Key_Escape);
             QVERIFY(countdown.isVisible());
             countdown.close();
             QVERIFY(countdown.isVisible());
-            QVERIFY(blnLogoutPending);
-            QCOMPARE(intLogoutElapsed, qint16(3));
+            QVERIFY(f.state().blnLogoutPending);
+            QCOMPARE(f.state().intLogoutElapsed, qint16(3));
             AutoLogoutFixture::stopTimerTicks(countdown, 13);
             QVERIFY(!countdown.isVisible());
         }));
@@ -200,14 +200,14 @@ private slots:
     {
         AutoLogoutFixture f(1);
         f.start();
-        intIdleSeconds = 60;
-        QVERIFY(f.tick([](frmAutoLogout& countdown) {
+        f.state().intIdleSeconds = 60;
+        QVERIFY(f.tick([&](frmAutoLogout& countdown) {
             AutoLogoutFixture::stopTimerTicks(countdown, 7);
             countdown.cmdStopLogout->click();
         }));
         // A click by program is no user input: the idle count goes on from where it stood.
-        QCOMPARE(intIdleSeconds, qint16(61));
-        intIdleSeconds = 0;
+        QCOMPARE(f.state().intIdleSeconds, qint16(61));
+        f.state().intIdleSeconds = 0;
         QVERIFY(f.quietTicks(60));
         QStringList seen;
         QVERIFY(f.tick([&](frmAutoLogout& countdown) {
@@ -223,22 +223,22 @@ private slots:
     {
         AutoLogoutFixture f(1);
         f.start();
-        frmAutoLogout countdown(&f.window());
+        frmAutoLogout countdown(f.state(), &f.window());
         countdown.Form_Load();
-        blnLogoutPending = false;
+        f.state().blnLogoutPending = false;
         countdown.StopTimer_Timer();
         QCOMPARE(countdown.txtSeconds->text(), QStringLiteral("15"));
-        QCOMPARE(intLogoutElapsed, qint16(0));
+        QCOMPARE(f.state().intLogoutElapsed, qint16(0));
         QVERIFY(f.beeps.isEmpty());
 
-        blnLogoutPending = true;
-        lngLogoutSeconds = 0;
+        f.state().blnLogoutPending = true;
+        f.state().lngLogoutSeconds = 0;
         countdown.StopTimer_Timer();
         QCOMPARE(countdown.txtSeconds->text(), QStringLiteral("15"));
-        QCOMPARE(intLogoutElapsed, qint16(0));
+        QCOMPARE(f.state().intLogoutElapsed, qint16(0));
         QVERIFY(f.beeps.isEmpty());
 
-        lngLogoutSeconds = 60;
+        f.state().lngLogoutSeconds = 60;
         countdown.StopTimer_Timer();
         QCOMPARE(countdown.txtSeconds->text(), QStringLiteral("14"));
         QCOMPARE(f.beeps, QStringList({QStringLiteral("14")}));
@@ -248,16 +248,16 @@ private slots:
     {
         AutoLogoutFixture f(0);
         f.start();
-        QCOMPARE(lngLogoutSeconds, 0);
+        QCOMPARE(f.state().lngLogoutSeconds, 0);
         QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
-        intIdleSeconds = 7;
+        f.state().intIdleSeconds = 7;
         AutoLogoutFixture::leftClick(&f.window());
         QTest::keyClick(&f.window(), Qt::Key_A);
-        QCOMPARE(intIdleSeconds, qint16(7));
+        QCOMPARE(f.state().intIdleSeconds, qint16(7));
         QVERIFY(f.quietTicks(100));
-        QCOMPARE(intIdleSeconds, qint16(7));
-        blnLogoutPending = true;
-        intLogoutElapsed = 16;
+        QCOMPARE(f.state().intIdleSeconds, qint16(7));
+        f.state().blnLogoutPending = true;
+        f.state().intLogoutElapsed = 16;
         QVERIFY(f.quietTicks(1));
         QVERIFY(!f.window().IsUnloaded());
         f.main.engine->calls.clear();
@@ -271,28 +271,28 @@ private slots:
         AutoLogoutFixture f(1);
         f.start();
         QCOMPARE(AutoLogoutFixture::installedFilters(), 1);
-        lngLogoutSeconds = 0;
-        RemoveActivityHooks();
+        f.state().lngLogoutSeconds = 0;
+        RemoveActivityHooks(f.state());
         QCOMPARE(AutoLogoutFixture::installedFilters(), 1);
-        intIdleSeconds = 9;
+        f.state().intIdleSeconds = 9;
         QTest::keyClick(&f.window(), Qt::Key_A);
-        QCOMPARE(intIdleSeconds, qint16(0));
-        lngLogoutSeconds = 60;
-        RemoveActivityHooks();
+        QCOMPARE(f.state().intIdleSeconds, qint16(0));
+        f.state().lngLogoutSeconds = 60;
+        RemoveActivityHooks(f.state());
         QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
-        intIdleSeconds = 9;
+        f.state().intIdleSeconds = 9;
         QTest::keyClick(&f.window(), Qt::Key_A);
-        QCOMPARE(intIdleSeconds, qint16(9));
+        QCOMPARE(f.state().intIdleSeconds, qint16(9));
     }
 
     void installingTwiceWatchesOnceAndRestartsTheCount()
     {
         AutoLogoutFixture f(1);
         f.start();
-        intIdleSeconds = 30;
-        InstallActivityHooks();
+        f.state().intIdleSeconds = 30;
+        InstallActivityHooks(f.state());
         QCOMPARE(AutoLogoutFixture::installedFilters(), 1);
-        QCOMPARE(intIdleSeconds, qint16(0));
+        QCOMPARE(f.state().intIdleSeconds, qint16(0));
     }
 
     void shutdownRemovesTheWatching()
@@ -304,19 +304,19 @@ private slots:
         f.window().close();
         QVERIFY(f.window().IsUnloaded());
         QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
-        intIdleSeconds = 5;
+        f.state().intIdleSeconds = 5;
         QTest::keyClick(&f.window(), Qt::Key_A);
-        QCOMPARE(intIdleSeconds, qint16(5));
+        QCOMPARE(f.state().intIdleSeconds, qint16(5));
     }
 
     void negativeLimitShowsTheCountdownOnTheFirstTick()
     {
         AutoLogoutFixture f(-1);
         f.start();
-        QCOMPARE(lngLogoutSeconds, -60);
+        QCOMPARE(f.state().lngLogoutSeconds, -60);
         QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
-        QVERIFY(f.tick([](frmAutoLogout& countdown) {
-            QCOMPARE(intIdleSeconds, qint16(1));
+        QVERIFY(f.tick([&](frmAutoLogout& countdown) {
+            QCOMPARE(f.state().intIdleSeconds, qint16(1));
             countdown.cmdStopLogout_Click();
         }));
         // Without watching, nothing resets the count: every tick shows it again.
@@ -331,20 +331,20 @@ private slots:
     {
         AutoLogoutFixture f(667);
         f.start();
-        QCOMPARE(lngLogoutSeconds, 40020);
-        intIdleSeconds = 32766;
+        QCOMPARE(f.state().lngLogoutSeconds, 40020);
+        f.state().intIdleSeconds = 32766;
         QVERIFY(f.quietTicks(1));
-        QCOMPARE(intIdleSeconds, qint16(32767));
+        QCOMPARE(f.state().intIdleSeconds, qint16(32767));
         QVERIFY(f.quietTicks(3));
-        QCOMPARE(intIdleSeconds, qint16(32767));
+        QCOMPARE(f.state().intIdleSeconds, qint16(32767));
         QCOMPARE(f.main.boxes.count(), 0);
-        QVERIFY(!blnLogoutPending);
+        QVERIFY(!f.state().blnLogoutPending);
         QVERIFY(!f.window().IsUnloaded());
         // The next click starts the count again.
         AutoLogoutFixture::leftClick(&f.window());
-        QCOMPARE(intIdleSeconds, qint16(0));
+        QCOMPARE(f.state().intIdleSeconds, qint16(0));
         QVERIFY(f.quietTicks(1));
-        QCOMPARE(intIdleSeconds, qint16(1));
+        QCOMPARE(f.state().intIdleSeconds, qint16(1));
     }
 
     void logsOutAfterOneIdleSecondAndTheCountdown()
@@ -355,8 +355,8 @@ private slots:
         // seconds, and the main window closes on the next tick.
         AutoLogoutFixture f(1);
         f.start();
-        lngLogoutSeconds = 1;
-        intIdleSeconds = 0;
+        f.state().lngLogoutSeconds = 1;
+        f.state().intIdleSeconds = 0;
         f.window().show();
         QCOMPARE(f.window().ActivityTimer->interval(), 1000);
 

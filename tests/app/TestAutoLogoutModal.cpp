@@ -69,7 +69,7 @@ private slots:
                 QVERIFY(box);
                 reachedTheBox = true;
                 QObject::connect(box, &QDialog::finished, [&] { events.append(QStringLiteral("question closed")); });
-                intIdleSeconds = 60;
+                f.state().intIdleSeconds = 60;
                 QVERIFY(f.tick(expire));
                 QCOMPARE(QApplication::activeModalWidget(), box);
                 QVERIFY(!f.window().IsUnloaded());
@@ -124,7 +124,7 @@ private slots:
         stubborn.show();
         QCOMPARE(QApplication::activeModalWidget(), &stubborn);
 
-        intIdleSeconds = 60;
+        f.state().intIdleSeconds = 60;
         QVERIFY(f.tick(expire));
         QVERIFY(f.quietTicks(1));
         // The one that refuses to close is hidden.

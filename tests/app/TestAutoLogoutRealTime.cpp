@@ -18,9 +18,9 @@ private slots:
     {
         AutoLogoutFixture f(1);
         f.window().Form_Load();
-        lngLogoutSeconds = 1;
+        f.state().lngLogoutSeconds = 1;
         // At the limit: the main window's next tick shows the countdown.
-        intIdleSeconds = 1;
+        f.state().intIdleSeconds = 1;
         f.window().show();
 
         QElapsedTimer clock;
@@ -64,8 +64,8 @@ private slots:
         QVERIFY(countedDown >= 0);
         QCOMPARE(seconds, QStringList({QStringLiteral("15"), QStringLiteral("14")}));
         QCOMPARE(f.beeps, QStringList{QStringLiteral("14")});
-        QVERIFY(!blnLogoutPending);
-        QCOMPARE(intLogoutElapsed, qint16(0));
+        QVERIFY(!f.state().blnLogoutPending);
+        QCOMPARE(f.state().intLogoutElapsed, qint16(0));
         QVERIFY(QApplication::activeModalWidget() == nullptr);
         QVERIFY(!f.window().IsUnloaded());
         // One-second timers: the main window's first tick, then the countdown's.

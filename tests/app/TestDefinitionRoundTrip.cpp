@@ -23,7 +23,7 @@ private slots:
 
     void nineAndNineVariablesComeBackCellByCell()
     {
-        ResetProgramState();
+        ProgramState state;
         ScopedRegistryFile registry;
         registry.useDemoDatabase();
         RegisterSuiteComponents();
@@ -34,7 +34,7 @@ private slots:
         Cells built;
         qint32 savedId = 0;
         {
-            std::unique_ptr<frmMain> window = StartSuiteWindow(boxes);
+            std::unique_ptr<frmMain> window = StartSuiteWindow(state, boxes);
             QVERIFY(window);
             ReportTabsPanel& tabs = *window->ReportTabs();
             clickTab(tabs, 1);
@@ -83,7 +83,7 @@ private slots:
             window->Unload();
         }
 
-        std::unique_ptr<frmMain> window = StartSuiteWindow(boxes);
+        std::unique_ptr<frmMain> window = StartSuiteWindow(state, boxes);
         QVERIFY(window);
         ReportTabsPanel& tabs = *window->ReportTabs();
         clickTab(tabs, 1);

@@ -28,7 +28,7 @@ private slots:
 
     void startsOnTheDemoDatabaseAndOpensTheFirstDefinitions()
     {
-        ResetProgramState();
+        ProgramState state;
         ScopedRegistryFile registry;
         const QString database = registry.useDemoDatabase();
         // The database of an earlier start; this start brings it up to date again.
@@ -38,7 +38,7 @@ private slots:
         ResetResourceServer();
         RecordingMessageService boxes;
 
-        frmMain window;
+        frmMain window(state);
         window.Form_Load();
         for (const RecordingMessageService::Box& box : boxes.boxes())
             qWarning() << "box:" << box.text << box.style << box.title;
@@ -81,21 +81,21 @@ private slots:
         }
         QCOMPARE(tabs.CurrentTab(), 0);
         QCOMPARE(window.windowTitle(), QStringLiteral("Calvex QC Reports"));
-        QVERIFY(blnAppReady);
-        QVERIFY(!strStartupPrinter.isEmpty());
+        QVERIFY(state.blnAppReady);
+        QVERIFY(!state.strStartupPrinter.isEmpty());
         window.Unload();
     }
 
     void firstStartCreatesTheDemoDatabase()
     {
-        ResetProgramState();
+        ProgramState state;
         ScopedRegistryFile registry;
         const QString database = registry.useDemoDatabase();
         RegisterSuiteComponents();
         ResetResourceServer();
         RecordingMessageService boxes;
 
-        frmMain window;
+        frmMain window(state);
         window.Form_Load();
         QCOMPARE(boxes.count(), 0);
         QVERIFY(QFileInfo(database).isFile());

@@ -22,7 +22,10 @@ private:
     std::unique_ptr<ScopedRegistryFile> m_registry;
     RecordingMessageService m_boxes;
 
-    std::unique_ptr<frmMain> startWindow() { return StartSuiteWindow(m_boxes); }
+    // The program's state of the test; every test starts on a fresh one.
+    std::unique_ptr<ProgramState> m_state;
+
+    std::unique_ptr<frmMain> startWindow() { return StartSuiteWindow(*m_state, m_boxes); }
 
     // The saved definitions of a tab, by name, as the store lists them.
     static QMap<QString, qint32> storedOnTab(int tab)
@@ -41,7 +44,7 @@ private:
 private slots:
     void init()
     {
-        ResetProgramState();
+        m_state = std::make_unique<ProgramState>();
         m_registry = std::make_unique<ScopedRegistryFile>();
         m_registry->useDemoDatabase();
         RegisterSuiteComponents();

@@ -25,7 +25,10 @@ class TestNewLabDatabase : public QObject
 private:
     RecordingMessageService m_boxes;
 
-    std::unique_ptr<frmMain> startWindow() { return StartSuiteWindow(m_boxes); }
+    // The program's state of the test; every test starts on a fresh one.
+    std::unique_ptr<ProgramState> m_state;
+
+    std::unique_ptr<frmMain> startWindow() { return StartSuiteWindow(*m_state, m_boxes); }
 
     static QStringList items(QComboBox* list)
     {
@@ -40,7 +43,7 @@ private slots:
 
     void theFirstStartOpensTheStarterDefinitions()
     {
-        ResetProgramState();
+        m_state = std::make_unique<ProgramState>();
         SuiteTestDatabase test; // nothing in it yet
         test.setValue(QStringLiteral("Executable Path"), QCoreApplication::applicationDirPath());
         test.setValue(QStringLiteral("Demo Database"), 0);

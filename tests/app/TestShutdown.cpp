@@ -6,10 +6,10 @@ class TestShutdown : public QObject
 {
     Q_OBJECT
 
-    static void chooseSubject(const QString& id)
+    static void chooseSubject(ProgramState& state, const QString& id)
     {
-        strCurrentPatientID = id;
-        SetCurrentPatient();
+        state.strCurrentPatientID = id;
+        SetCurrentPatient(state);
     }
 
 private slots:
@@ -18,13 +18,13 @@ private slots:
         MainWindowFixture f;
         f.window->Form_Load();
         f.window->show();
-        chooseSubject(QStringLiteral("QC-1"));
+        chooseSubject(f.state, QStringLiteral("QC-1"));
         f.engine->calls.clear();
         f.window->cmdCancel->click();
         QCOMPARE(f.engine->calls,
                  QStringList({QStringLiteral("PatientNotify 10 6 0 QC-1"), QStringLiteral("CloseApplication 6 false"),
                               QStringLiteral("released")}));
-        QVERIFY(!objCalc);
+        QVERIFY(!f.state.objCalc);
         QVERIFY(ProgramExitRequested());
         QVERIFY(f.window->IsUnloaded());
         QVERIFY(!f.window->isVisible());
@@ -47,7 +47,7 @@ private slots:
     {
         MainWindowFixture f;
         f.window->Form_Load();
-        chooseSubject(QStringLiteral("QC-9"));
+        chooseSubject(f.state, QStringLiteral("QC-9"));
         f.engine->calls.clear();
         f.window->m_blnAutoLogout = true;
         f.window->Unload();
@@ -84,7 +84,7 @@ private slots:
     {
         MainWindowFixture f;
         f.window->Form_Load();
-        chooseSubject(QStringLiteral("QC-1"));
+        chooseSubject(f.state, QStringLiteral("QC-1"));
         f.engine->calls.clear();
         f.engine->failOn = QStringLiteral("PatientNotify");
         f.window->Unload();

@@ -110,16 +110,16 @@ private slots:
     void printerProblemShows4117AndTheStartUpGoesOn()
     {
         MainWindowFixture f;
-        SetPrinterSource([] { return std::shared_ptr<OutputTarget>(); });
+        f.state.printerSource = [] { return std::shared_ptr<OutputTarget>(); };
         f.window->Form_Load();
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.boxes.last().text, QStringLiteral("T4117"));
         QCOMPARE(f.boxes.last().style, 0);
         QCOMPARE(f.boxes.last().title, QStringLiteral("T4052"));
-        QVERIFY(!blnAppReady);
-        QVERIFY(!objPrint);
-        QCOMPARE(strStartupPrinter, QString());
-        QVERIFY(!blnPrinterWarned);
+        QVERIFY(!f.state.blnAppReady);
+        QVERIFY(!f.state.objPrint);
+        QCOMPARE(f.state.strStartupPrinter, QString());
+        QVERIFY(!f.state.blnPrinterWarned);
         QVERIFY(!ProgramExitRequested());
         QCOMPARE(f.tabs().cboReports[1]->currentIndex(), 1);
         QCOMPARE(f.tabs().msfgVariable[1]->Rows(), 5);
@@ -129,9 +129,9 @@ private slots:
     void otherPrinterErrorEndsTheProgram()
     {
         MainWindowFixture f;
-        SetPrinterSource([]() -> std::shared_ptr<OutputTarget> {
+        f.state.printerSource = []() -> std::shared_ptr<OutputTarget> {
             throw RuntimeError(5, QStringLiteral("Printer"), QStringLiteral("Invalid procedure call or argument"));
-        });
+        };
         f.window->Form_Load();
         QVERIFY(ProgramExitRequested());
         QCOMPARE(f.boxes.last().text, QStringLiteral("Invalid procedure call or argument"));

@@ -9,15 +9,15 @@
 
 namespace
 {
-// The engine binding's program-wide values as a run starts.
-void resetBinding()
+// A fresh program state whose rights and limit are not what an engine gives,
+// so that every test sees the binding set them itself.
+std::unique_ptr<ProgramState> freshState()
 {
-    objCalc.reset();
-    blnCanRunReports = true;
-    blnCanEditReports = true;
-    lngLogoutSeconds = -1;
-    strNotifiedPatientID.clear();
-    strCurrentPatientID.clear();
+    auto state = std::make_unique<ProgramState>();
+    state->blnCanRunReports = true;
+    state->blnCanEditReports = true;
+    state->lngLogoutSeconds = -1;
+    return state;
 }
 } // namespace
 
@@ -29,11 +29,12 @@ class TestCalcObject : public QObject
     RecordingMessageService* m_boxes = nullptr;
     std::shared_ptr<FakeCalcEngine::Script> m_engine;
     ScopedComponentRegistration* m_registration = nullptr;
+    std::unique_ptr<ProgramState> m_state;
 
 private slots:
     void init()
     {
-        resetBinding();
+        m_state = freshState();
         m_strings = new ScopedTestStrings;
         m_boxes = new RecordingMessageService;
         m_engine = std::make_shared<FakeCalcEngine::Script>();
@@ -42,7 +43,7 @@ private slots:
 
     void cleanup()
     {
-        resetBinding();
+        m_state.reset();
         delete m_registration;
         delete m_boxes;
         delete m_strings;
@@ -51,63 +52,63 @@ private slots:
     void createsTheEngineAndReadsRightsAndLimit()
     {
         m_engine->logoutMinutes = 15;
-        QVERIFY(CreateCalcObject());
-        QVERIFY(objCalc);
+        QVERIFY(CreateCalcObject(*m_state));
+        QVERIFY(m_state->objCalc);
         QCOMPARE(m_engine->calls, QStringList({QStringLiteral("OpenApplication 6"), QStringLiteral("HasRight 500"),
                                                QStringLiteral("HasRight 501"), QStringLiteral("AutoLogoutMinutes")}));
-        QVERIFY(blnCanRunReports);
-        QVERIFY(blnCanEditReports);
-        QCOMPARE(lngLogoutSeconds, 900);
+        QVERIFY(m_state->blnCanRunReports);
+        QVERIFY(m_state->blnCanEditReports);
+        QCOMPARE(m_state->lngLogoutSeconds, 900);
         QCOMPARE(m_boxes->count(), 0);
     }
 
     void zeroMinutesSwitchTheAutoLogoutOff()
     {
         m_engine->logoutMinutes = 0;
-        QVERIFY(CreateCalcObject());
-        QCOMPARE(lngLogoutSeconds, 0);
+        QVERIFY(CreateCalcObject(*m_state));
+        QCOMPARE(m_state->lngLogoutSeconds, 0);
     }
 
     void refusedSessionShows4115()
     {
         m_engine->openStatus = 3;
-        QVERIFY(!CreateCalcObject());
+        QVERIFY(!CreateCalcObject(*m_state));
         QCOMPARE(m_engine->calls, QStringList({QStringLiteral("OpenApplication 6")}));
         QCOMPARE(m_boxes->count(), 1);
         QCOMPARE(m_boxes->last().text, QStringLiteral("T4115"));
         QCOMPARE(m_boxes->last().style, 64);
         QCOMPARE(m_boxes->last().title, QString());
-        QVERIFY(!blnCanRunReports);
-        QVERIFY(!blnCanEditReports);
+        QVERIFY(!m_state->blnCanRunReports);
+        QVERIFY(!m_state->blnCanEditReports);
     }
 
     void missingRunRightShows4116AfterReadingTheRest()
     {
         m_engine->rights = {CalcEngine::RightEditReports};
         m_engine->logoutMinutes = 2;
-        QVERIFY(!CreateCalcObject());
+        QVERIFY(!CreateCalcObject(*m_state));
         QCOMPARE(m_engine->calls, QStringList({QStringLiteral("OpenApplication 6"), QStringLiteral("HasRight 500"),
                                                QStringLiteral("HasRight 501"), QStringLiteral("AutoLogoutMinutes")}));
         QCOMPARE(m_boxes->count(), 1);
         QCOMPARE(m_boxes->last().text, QStringLiteral("T4116"));
         QCOMPARE(m_boxes->last().style, 64);
-        QVERIFY(!blnCanRunReports);
-        QVERIFY(blnCanEditReports);
-        QCOMPARE(lngLogoutSeconds, 120);
+        QVERIFY(!m_state->blnCanRunReports);
+        QVERIFY(m_state->blnCanEditReports);
+        QCOMPARE(m_state->lngLogoutSeconds, 120);
     }
 
     void withoutEditRightTheRunRightIsEnough()
     {
         m_engine->rights = {CalcEngine::RightRunReports};
-        QVERIFY(CreateCalcObject());
-        QVERIFY(blnCanRunReports);
-        QVERIFY(!blnCanEditReports);
+        QVERIFY(CreateCalcObject(*m_state));
+        QVERIFY(m_state->blnCanRunReports);
+        QVERIFY(!m_state->blnCanEditReports);
     }
 
     void limitBeyondThirtyTwoBitsIsAnOverflow()
     {
         m_engine->logoutMinutes = 40000000; // 2.4e9 seconds
-        QVERIFY(!CreateCalcObject());
+        QVERIFY(!CreateCalcObject(*m_state));
         QCOMPARE(m_boxes->count(), 1);
         QCOMPARE(m_boxes->last().text, QStringLiteral("Overflow"));
         QCOMPARE(m_boxes->last().style, 16);
@@ -116,8 +117,8 @@ private slots:
     void engineThatCannotBeCreatedIsReported()
     {
         ComponentFactory::unregisterClass(CalcEngine::ClassId);
-        QVERIFY(!CreateCalcObject());
-        QVERIFY(!objCalc);
+        QVERIFY(!CreateCalcObject(*m_state));
+        QVERIFY(!m_state->objCalc);
         QCOMPARE(m_boxes->count(), 1);
         QCOMPARE(m_boxes->last().style, 16);
         QVERIFY(m_boxes->last().text.contains(CalcEngine::ClassId));
@@ -126,7 +127,7 @@ private slots:
     void engineErrorIsShownWithItsDescription()
     {
         m_engine->failOn = QStringLiteral("HasRight");
-        QVERIFY(!CreateCalcObject());
+        QVERIFY(!CreateCalcObject(*m_state));
         QCOMPARE(m_boxes->last().text, QStringLiteral("The engine failed in HasRight"));
         QCOMPARE(m_boxes->last().style, 16);
         QCOMPARE(m_boxes->last().title, QString());
@@ -147,16 +148,16 @@ private slots:
         QFETCH(qint32, status);
         QFETCH(bool, allowed);
         m_engine->startStatus = status;
-        QVERIFY(CreateCalcObject());
-        QCOMPARE(EngineAllowsStart(), allowed);
+        QVERIFY(CreateCalcObject(*m_state));
+        QCOMPARE(EngineAllowsStart(*m_state), allowed);
         QCOMPARE(m_boxes->count(), 0);
     }
 
     void startCheckErrorIsShownAndRefusesTheStart()
     {
-        QVERIFY(CreateCalcObject());
+        QVERIFY(CreateCalcObject(*m_state));
         m_engine->failOn = QStringLiteral("StartCheck");
-        QVERIFY(!EngineAllowsStart());
+        QVERIFY(!EngineAllowsStart(*m_state));
         QCOMPARE(m_boxes->count(), 1);
         QCOMPARE(m_boxes->last().text, QStringLiteral("The engine failed in StartCheck"));
         QCOMPARE(m_boxes->last().style, 16);
@@ -164,64 +165,64 @@ private slots:
 
     void firstSubjectIsOnlyTaken()
     {
-        QVERIFY(CreateCalcObject());
+        QVERIFY(CreateCalcObject(*m_state));
         m_engine->calls.clear();
-        strCurrentPatientID = QStringLiteral("QC-1");
-        SetCurrentPatient();
+        m_state->strCurrentPatientID = QStringLiteral("QC-1");
+        SetCurrentPatient(*m_state);
         QCOMPARE(m_engine->calls, QStringList({QStringLiteral("PatientNotify 9 6 0 QC-1")}));
-        QCOMPARE(strNotifiedPatientID, QStringLiteral("QC-1"));
+        QCOMPARE(m_state->strNotifiedPatientID, QStringLiteral("QC-1"));
     }
 
     void sameSubjectTwiceIsNotifiedOnce()
     {
-        QVERIFY(CreateCalcObject());
+        QVERIFY(CreateCalcObject(*m_state));
         m_engine->calls.clear();
-        strCurrentPatientID = QStringLiteral("QC-1");
-        SetCurrentPatient();
-        SetCurrentPatient();
+        m_state->strCurrentPatientID = QStringLiteral("QC-1");
+        SetCurrentPatient(*m_state);
+        SetCurrentPatient(*m_state);
         QCOMPARE(m_engine->calls.size(), 1);
     }
 
     void otherSubjectReleasesTheOldOneFirst()
     {
-        QVERIFY(CreateCalcObject());
-        strCurrentPatientID = QStringLiteral("QC-1");
-        SetCurrentPatient();
+        QVERIFY(CreateCalcObject(*m_state));
+        m_state->strCurrentPatientID = QStringLiteral("QC-1");
+        SetCurrentPatient(*m_state);
         m_engine->calls.clear();
-        strCurrentPatientID = QStringLiteral("QC-2");
-        SetCurrentPatient();
+        m_state->strCurrentPatientID = QStringLiteral("QC-2");
+        SetCurrentPatient(*m_state);
         QCOMPARE(m_engine->calls, QStringList({QStringLiteral("PatientNotify 10 6 0 QC-1"),
                                                QStringLiteral("PatientNotify 9 6 0 QC-2")}));
-        QCOMPARE(strNotifiedPatientID, QStringLiteral("QC-2"));
+        QCOMPARE(m_state->strNotifiedPatientID, QStringLiteral("QC-2"));
     }
 
     void noSubjectNotifiesNothing()
     {
-        QVERIFY(CreateCalcObject());
+        QVERIFY(CreateCalcObject(*m_state));
         m_engine->calls.clear();
-        SetCurrentPatient();
-        ReleasePatient();
+        SetCurrentPatient(*m_state);
+        ReleasePatient(*m_state);
         QVERIFY(m_engine->calls.isEmpty());
     }
 
     void shutdownReleasesTheSubjectThenClosesAndReleasesTheEngine()
     {
-        QVERIFY(CreateCalcObject());
-        strCurrentPatientID = QStringLiteral("QC-7");
-        SetCurrentPatient();
+        QVERIFY(CreateCalcObject(*m_state));
+        m_state->strCurrentPatientID = QStringLiteral("QC-7");
+        SetCurrentPatient(*m_state);
         m_engine->calls.clear();
-        ReleasePatient();
-        CloseApplication(true);
+        ReleasePatient(*m_state);
+        CloseApplication(*m_state, true);
         QCOMPARE(m_engine->calls, QStringList({QStringLiteral("PatientNotify 10 6 0 QC-7"),
                                                QStringLiteral("CloseApplication 6 true"), QStringLiteral("released")}));
-        QVERIFY(!objCalc);
+        QVERIFY(!m_state->objCalc);
     }
 
     void shutdownWithoutEngineDoesNothing()
     {
-        strCurrentPatientID = QStringLiteral("QC-7");
-        ReleasePatient();
-        CloseApplication(false);
+        m_state->strCurrentPatientID = QStringLiteral("QC-7");
+        ReleasePatient(*m_state);
+        CloseApplication(*m_state, false);
         QVERIFY(m_engine->calls.isEmpty());
     }
 };

@@ -59,7 +59,8 @@ private slots:
     void theSystemPrinterIsTheQueue()
     {
         QCOMPARE(QPrinterInfo::defaultPrinter().printerName(), SpooledJob::queueName());
-        const std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+        ProgramState state;
+        const std::shared_ptr<PrinterTarget> printer = SystemPrinter(state);
         QCOMPARE(printer->DeviceName(), SpooledJob::queueName());
         QVERIFY(printer->printer().outputFormat() == QPrinter::NativeFormat);
         QVERIFY(!PrintJob::IsPdfPrinter(*printer));
@@ -73,7 +74,8 @@ private slots:
         const ReportInfo info = RenderFixture::storedRequest(
             0, QStringLiteral("Spirometry"), QStringLiteral("QC001"), QStringLiteral("Adam Q Control"),
             QStringLiteral("01/01/2023"), QStringLiteral("12/31/2024"), false);
-        const std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+        ProgramState state;
+        const std::shared_ptr<PrinterTarget> printer = SystemPrinter(state);
 
         // The pages the program lays out for this printer.
         PreparedReport expected;

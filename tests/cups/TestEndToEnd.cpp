@@ -98,12 +98,13 @@ private slots:
     {
         RecordingMessageService boxes;
         RecordingFileDialogService dialogs;
-        frmMain window;
+        ProgramState state;
+        frmMain window(state);
         window.Form_Load();
         QCOMPARE(boxes.count(), 0);
-        QVERIFY(blnAppReady);
-        QVERIFY(objPrint);
-        QCOMPARE(objPrint->DeviceName(), SpooledJob::queueName());
+        QVERIFY(state.blnAppReady);
+        QVERIFY(state.objPrint);
+        QCOMPARE(state.objPrint->DeviceName(), SpooledJob::queueName());
         enterRequest(window, boxes);
         if (QTest::currentTestFailed())
             return;
@@ -171,16 +172,17 @@ private slots:
         // A machine without printers: the start-up finds the "Print to PDF" printer.
         const auto pdfPrinter =
             std::make_shared<PrinterTarget>(CreatePdfPrinter(m_fixture->path(QStringLiteral("QC Report.pdf"))));
-        SetPrinterSource([pdfPrinter] { return pdfPrinter; });
+
         RecordingMessageService boxes;
         RecordingFileDialogService dialogs;
         const QString chosen = m_fixture->path(QStringLiteral("saved report.pdf"));
         dialogs.queueAnswer(chosen);
-        frmMain window;
+        ProgramState state;
+        state.printerSource = [pdfPrinter] { return pdfPrinter; };
+        frmMain window(state);
         window.Form_Load();
-        SetPrinterSource({});
         QCOMPARE(boxes.count(), 0);
-        QCOMPARE(objPrint.get(), pdfPrinter.get());
+        QCOMPARE(state.objPrint.get(), pdfPrinter.get());
         enterRequest(window, boxes);
         if (QTest::currentTestFailed())
             return;

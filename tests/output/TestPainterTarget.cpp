@@ -597,9 +597,10 @@ private slots:
                 QPrinterInfo::defaultPrinterName().isEmpty() ? installed.first() : QPrinterInfo::defaultPrinterName();
             QCOMPARE(created->printerName(), expected);
         }
-        // One system printer for the whole run.
-        QVERIFY(SystemPrinter());
-        QCOMPARE(SystemPrinter().get(), SystemPrinter().get());
+        // One system printer for the whole run: the program state keeps it.
+        ProgramState state;
+        QVERIFY(SystemPrinter(state));
+        QCOMPARE(SystemPrinter(state).get(), SystemPrinter(state).get());
     }
 };
 

@@ -47,6 +47,7 @@ public:
         from.clear();
         to = QStringLiteral("06/15/2024");
     }
+    ProgramState& State() override { return state; }
 
     bool loading = false;
     std::array<bool, 2> modified{};
@@ -54,6 +55,7 @@ public:
     QString to = QStringLiteral("02/01/2024");
     QStringList actions;
     const ReportTabsPanel* panel = nullptr;
+    ProgramState state;
 };
 
 // The report panel over the scripted store and the fake catalogue, with the
@@ -64,10 +66,9 @@ struct PanelFixture
     {
         FakeCatalogue::install(*store);
         host.panel = &panel;
-        blnCanEditReports = true;
+        host.state.blnCanEditReports = true;
         panel.resize(900, 600);
     }
-    ~PanelFixture() { blnCanEditReports = false; }
 
     // What the start-up does for the panel: grids, catalogues, lists, then
     // the first definition of each tab.

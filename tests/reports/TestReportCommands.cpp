@@ -480,14 +480,14 @@ private slots:
     {
         PanelFixture f;
         showPanel(f, 0);
-        blnCanEditReports = false;
+        f.host.state.blnCanEditReports = false;
         f.panel.UpdateReportButtons();
         for (QPushButton* button : {f.panel.cmdNew, f.panel.cmdSave, f.panel.cmdSaveAs, f.panel.cmdDelete})
             QVERIFY2(!button->isEnabled(), qPrintable(button->objectName()));
         f.panel.EnableNewButton();
         QVERIFY(!f.panel.cmdNew->isEnabled());
 
-        blnCanEditReports = true;
+        f.host.state.blnCanEditReports = true;
         const qsizetype from = f.store->calls.size();
         f.panel.UpdateReportButtons();
         QVERIFY(f.panel.cmdNew->isEnabled());
@@ -520,10 +520,10 @@ private slots:
     {
         PanelFixture f;
         showPanel(f, 0);
-        blnCanEditReports = false;
+        f.host.state.blnCanEditReports = false;
         f.panel.EnableNewButton();
         QVERIFY(!f.panel.cmdNew->isEnabled());
-        blnCanEditReports = true;
+        f.host.state.blnCanEditReports = true;
         f.panel.EnableNewButton();
         QVERIFY(f.panel.cmdNew->isEnabled());
     }

@@ -313,7 +313,7 @@ private slots:
     void withoutEditRightTheStoreIsNotAskedAboutDeleting()
     {
         PanelFixture f;
-        blnCanEditReports = false;
+        f.host.state.blnCanEditReports = false;
         f.load();
         QVERIFY(!f.store->calls.join(QLatin1Char(',')).contains(QStringLiteral("CanDeleteReport")));
         QVERIFY(!f.panel.cmdDelete->isEnabled());

@@ -40,6 +40,7 @@ public:
     QString FromDateText() const override { return m_inner.FromDateText(); }
     QString ToDateText() const override { return m_inner.ToDateText(); }
     void ResetDateRange() override { m_inner.ResetDateRange(); }
+    ProgramState& State() override { return m_inner.State(); }
 
 private:
     TestHost& m_inner;

@@ -72,7 +72,7 @@ struct StoreFixture
         SuiteSetup::runAuto(SuiteSettings::fromRegistry());
         RegisterSuiteComponents();
         ResetResourceServer();
-        blnCanEditReports = true;
+        host.state.blnCanEditReports = true;
         start();
     }
 
@@ -83,7 +83,6 @@ struct StoreFixture
              {QCReportStore::ClassId, CalcEngine::ClassId, PatientQuery::ClassId, StringServer::ClassId})
             ComponentFactory::unregisterClass(classId);
         ResetResourceServer();
-        blnCanEditReports = false;
     }
 
     // A fresh panel that lists and opens the stored definitions, as at a start.

@@ -124,7 +124,7 @@ private slots:
     {
         PanelFixture f;
         f.load();
-        blnCanEditReports = false;
+        f.host.state.blnCanEditReports = false;
         f.panel.UpdateVariableButtons(0);
         QVERIFY(!f.panel.cmdVarAdd[0]->isEnabled());
         QVERIFY(!f.panel.cmdVarUpdate[0]->isEnabled());

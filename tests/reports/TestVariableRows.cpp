@@ -355,7 +355,7 @@ private slots:
     void withoutTheEditRightNothingIsWritten()
     {
         PanelFixture f;
-        blnCanEditReports = false;
+        f.host.state.blnCanEditReports = false;
         showPanel(f);
         click(f.panel.cmdVarAdd[1]);
         click(f.panel.cmdVarRemove[1]);

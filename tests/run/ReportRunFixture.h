@@ -33,7 +33,8 @@
 class RunWindow final : public QWidget, public MainWindowHost
 {
 public:
-    RunWindow()
+    explicit RunWindow(ProgramState& state)
+        : m_state(state)
     {
         auto* layout = new QVBoxLayout(this);
         search = new SubjectSearchPanel(*this, this);
@@ -55,15 +56,19 @@ public:
     QString MsgTitle() const override { return QStringLiteral("T4052"); }
     bool ConfirmDiscardChanges(int, const QString&) override { return true; }
     QString SelectedPatientName() const override { return search->txtPatientName->text(); }
-    QString SelectedPatientID() const override { return strCurrentPatientID; }
+    QString SelectedPatientID() const override { return m_state.strCurrentPatientID; }
     QString FromDateText() const override { return dates->mskDate[0]->Text(); }
     QString ToDateText() const override { return dates->mskDate[1]->Text(); }
     void ResetDateRange() override {}
+    ProgramState& State() override { return m_state; }
 
     SubjectSearchPanel* search = nullptr;
     DateRangePanel* dates = nullptr;
     ReportTabsPanel* tabs = nullptr;
     ReportRunPanel* run = nullptr;
+
+private:
+    ProgramState& m_state;
 };
 
 // One row of the variables grid.
@@ -182,30 +187,27 @@ private:
     std::shared_ptr<Script> m_script;
 };
 
-// The report run ready to go: the panels with a chosen subject and dates, the
-// scripted store, the test strings and message recorder, a recording printer,
-// printing possible, and conventional units in the settings.
+// The report run ready to go: a fresh program state, the panels with a chosen
+// subject and dates, the scripted store, the test strings and message
+// recorder, a recording printer, printing possible, and conventional units in
+// the settings.
 struct ReportRunFixture
 {
     ReportRunFixture()
     {
         Clock::pin(QDateTime(QDate(2024, 7, 1), QTime(9, 0)));
-        strCurrentPatientID.clear();
         window.search->txtPatientID->setText(QStringLiteral("QC001"));
         window.search->txtPatientName->setText(QStringLiteral("Adam Q Control"));
-        strCurrentPatientID = QStringLiteral("QC001");
+        state.strCurrentPatientID = QStringLiteral("QC001");
         window.dates->mskDate[0]->SetText(QStringLiteral("01/01/2024"));
         window.dates->mskDate[1]->SetText(QStringLiteral("06/30/2024"));
         printer->setDeviceName(QStringLiteral("Test Printer"));
-        objPrint = printer;
-        blnAppReady = true;
+        state.objPrint = printer;
+        state.blnAppReady = true;
     }
 
     ~ReportRunFixture()
     {
-        objPrint.reset();
-        blnAppReady = false;
-        strCurrentPatientID.clear();
         while (QApplication::overrideCursor())
             QApplication::restoreOverrideCursor();
         Clock::pin(QDateTime());
@@ -285,5 +287,6 @@ struct ReportRunFixture
     std::shared_ptr<RunStore::Script> store = std::make_shared<RunStore::Script>();
     ScopedComponentRegistration storeRegistration{QCReportStore::ClassId, RunStore::creator(store)};
     std::shared_ptr<RecordingTarget> printer = std::make_shared<RecordingTarget>();
-    RunWindow window;
+    ProgramState state;
+    RunWindow window{state};
 };

@@ -28,10 +28,15 @@
 #include <functional>
 #include <memory>
 
-// The main window as the subject and date panels see it.
+// The main window as the subject and date panels see it, over the test's
+// program state.
 class RunHost final : public MainWindowHost
 {
 public:
+    explicit RunHost(ProgramState& state)
+        : m_state(state)
+    {}
+
     bool IsLoading() const override { return false; }
     void SetLoading(bool) override {}
     bool IsModified(int) const override { return false; }
@@ -40,10 +45,14 @@ public:
     QString MsgTitle() const override { return QStringLiteral("T4052"); }
     bool ConfirmDiscardChanges(int, const QString&) override { return true; }
     QString SelectedPatientName() const override { return QString(); }
-    QString SelectedPatientID() const override { return strCurrentPatientID; }
+    QString SelectedPatientID() const override { return m_state.strCurrentPatientID; }
     QString FromDateText() const override { return QString(); }
     QString ToDateText() const override { return QString(); }
     void ResetDateRange() override {}
+    ProgramState& State() override { return m_state; }
+
+private:
+    ProgramState& m_state;
 };
 
 // A throwaway SQLite database with the suite's demo data, and the suite's
@@ -117,23 +126,15 @@ private:
     std::unique_ptr<SuiteDatabase> m_db;
 };
 
-// The program-wide subject state and an engine whose calls the test reads.
+// A fresh program state whose engine is one whose calls the test reads.
 struct EngineFixture
 {
     EngineFixture()
     {
-        strCurrentPatientID.clear();
-        strNotifiedPatientID.clear();
-        objCalc = std::make_unique<FakeCalcEngine>(engine);
+        state.objCalc = std::make_unique<FakeCalcEngine>(engine);
         Clock::pin(QDateTime(QDate(2024, 6, 15), QTime(9, 30)));
     }
-    ~EngineFixture()
-    {
-        objCalc.reset();
-        strCurrentPatientID.clear();
-        strNotifiedPatientID.clear();
-        Clock::pin(QDateTime());
-    }
+    ~EngineFixture() { Clock::pin(QDateTime()); }
     EngineFixture(const EngineFixture&) = delete;
     EngineFixture& operator=(const EngineFixture&) = delete;
 
@@ -152,4 +153,5 @@ struct EngineFixture
     ScopedTestStrings strings;
     RecordingMessageService boxes;
     std::shared_ptr<FakeCalcEngine::Script> engine = std::make_shared<FakeCalcEngine::Script>();
+    ProgramState state;
 };

@@ -35,9 +35,9 @@ class TestPreviewScale : public QObject
         f.setVariables(2);
         ReportInfo info;
         f.window.tabs->BuildReportInfo(0, info);
-        frmPrintPreview w;
+        frmPrintPreview w(f.state);
         w.resize(600, 500);
-        QVERIFY(w.SetGraphData(objPrint, info, false));
+        QVERIFY(w.SetGraphData(f.state.objPrint, info, false));
         w.show();
         QVERIFY(QTest::qWaitForWindowExposed(&w));
         QCOMPARE(w.picGraph->devicePixelRatioF(), scale);

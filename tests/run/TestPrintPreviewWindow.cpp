@@ -24,9 +24,9 @@ class TestPrintPreviewWindow : public QObject
     {
         info = ReportInfo();
         f->window.tabs->BuildReportInfo(0, info);
-        w = std::make_unique<frmPrintPreview>();
+        w = std::make_unique<frmPrintPreview>(f->state);
         w->resize(size);
-        if (!w->SetGraphData(objPrint, info, false))
+        if (!w->SetGraphData(f->state.objPrint, info, false))
             return false;
         w->show();
         return true;
@@ -338,7 +338,7 @@ private slots:
     void printWithoutAPrinterSaysSo()
     {
         QVERIFY(open());
-        objPrint.reset();
+        f->state.objPrint.reset();
         w->cmdPrint->click();
         QCOMPARE(f->boxes.count(), 1);
         QCOMPARE(f->boxes.last().text, QStringLiteral("T4086"));
@@ -354,7 +354,7 @@ private slots:
         w->scrVScroll->setValue(50);
         const frmPrintPreview::ViewRect view = w->ViewRectangle();
         const QImage picture = w->picGraph->Picture().copy();
-        const std::shared_ptr<OutputTarget> printer = objPrint;
+        const std::shared_ptr<OutputTarget> printer = f->state.objPrint;
         w->cmdZoom->click();
         w->cmdPrintSetup->click();
         QVERIFY(QApplication::activeModalWidget() == w.get());
@@ -363,7 +363,7 @@ private slots:
         QCOMPARE(w->ViewRectangle().Right, view.Right);
         QCOMPARE(w->ViewRectangle().Bottom, view.Bottom);
         QCOMPARE(w->picGraph->Picture(), picture);
-        QCOMPARE(objPrint.get(), printer.get());
+        QCOMPARE(f->state.objPrint.get(), printer.get());
         QCOMPARE(f->boxes.count(), 0);
         QVERIFY(f->printer->drawOps().empty());
         QVERIFY(w->isVisible());
@@ -389,8 +389,8 @@ private slots:
     {
         info = ReportInfo();
         f->window.tabs->BuildReportInfo(0, info);
-        w = std::make_unique<frmPrintPreview>();
-        QVERIFY(w->SetGraphData(objPrint, info, false));
+        w = std::make_unique<frmPrintPreview>(f->state);
+        QVERIFY(w->SetGraphData(f->state.objPrint, info, false));
         w.reset();
         QCOMPARE(f->store->handedOut.size(), 5);
         for (const RecordsetPtr& data : f->store->handedOut)

@@ -79,6 +79,8 @@ class TestPrintToPdf : public QObject
     QByteArray m_previousConfigHome;
     QByteArray m_previousCupsServer;
     QString m_documents;
+    // A fresh program state for every test: its system printer is the one printed on.
+    std::unique_ptr<ProgramState> m_state;
 
     // The documents folder holds no file.
     void emptyDocuments()
@@ -147,12 +149,18 @@ private slots:
         qputenv("CUPS_SERVER", m_previousCupsServer);
     }
 
-    void init() { emptyDocuments(); }
+    void init()
+    {
+        m_state = std::make_unique<ProgramState>();
+        emptyDocuments();
+    }
+
+    void cleanup() { m_state.reset(); }
 
     void theSystemPrinterIsThePdfPrinter()
     {
         QVERIFY(QPrinterInfo::availablePrinters().isEmpty());
-        const std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+        const std::shared_ptr<PrinterTarget> printer = SystemPrinter(*m_state);
         QCOMPARE(printer->DeviceName(), QStringLiteral("Print to PDF"));
         QVERIFY(PrintJob::IsPdfPrinter(*printer));
         QVERIFY(PrintJob(*printer, SpirometryRequest(), QStringLiteral("Spirometry")).savesToFile());
@@ -203,7 +211,7 @@ private slots:
     {
         RecordingMessageService boxes;
         RecordingFileDialogService dialogs; // no answer queued: the dialog is cancelled
-        const std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+        const std::shared_ptr<PrinterTarget> printer = SystemPrinter(*m_state);
 
         QVERIFY(!PrintReportJob(*printer, SpirometryRequest(), QStringLiteral("Spirometry"), false));
 
@@ -226,7 +234,7 @@ private slots:
         ReportInfo info = SpirometryRequest();
         for (ReportVariable& variable : info.Variables)
             variable.ShowInGraph = false; // no series: the preparation fails
-        QVERIFY(!PrintReportJob(*SystemPrinter(), info, QStringLiteral("Spirometry"), false));
+        QVERIFY(!PrintReportJob(*SystemPrinter(*m_state), info, QStringLiteral("Spirometry"), false));
         QCOMPARE(dialogs.count(), 0);
         QCOMPARE(QDir(m_documents).entryList(QDir::Files), QStringList());
     }
@@ -236,7 +244,7 @@ private slots:
         RecordingMessageService boxes;
         RecordingFileDialogService dialogs;
         dialogs.queueAcceptProposed();
-        const std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+        const std::shared_ptr<PrinterTarget> printer = SystemPrinter(*m_state);
         const ReportInfo info = SpirometryRequest();
 
         QVERIFY(PrintReportJob(*printer, info, QStringLiteral("Spirometry"), false));
@@ -283,7 +291,7 @@ private slots:
         QVERIFY(QDir().mkpath(folder));
         dialogs.queueAnswer(QDir(folder).filePath(QStringLiteral("half year")));
 
-        QVERIFY(PrintReportJob(*SystemPrinter(), SpirometryRequest(), QStringLiteral("Spirometry"), false));
+        QVERIFY(PrintReportJob(*SystemPrinter(*m_state), SpirometryRequest(), QStringLiteral("Spirometry"), false));
 
         const QString file = QDir(folder).filePath(QStringLiteral("half year.pdf"));
         QVERIFY(QFileInfo(file).size() > 0);
@@ -301,7 +309,7 @@ private slots:
             RecordingMessageService boxes;
             RecordingFileDialogService dialogs;
             dialogs.queueAnswer(file);
-            QVERIFY(PrintReportJob(*SystemPrinter(), SpirometryRequest(QStringLiteral("04/01/2024")),
+            QVERIFY(PrintReportJob(*SystemPrinter(*m_state), SpirometryRequest(QStringLiteral("04/01/2024")),
                                    QStringLiteral("Spirometry"), false));
             QCOMPARE(boxes.last().style, 64);
         }
@@ -315,13 +323,14 @@ private slots:
             RecordingMessageService boxes;
             RecordingFileDialogService dialogs;
             dialogs.queueAnswer(file);
-            QVERIFY(!PrintReportJob(*SystemPrinter(), SpirometryRequest(), QStringLiteral("Spirometry"), false));
+            QVERIFY(
+                !PrintReportJob(*SystemPrinter(*m_state), SpirometryRequest(), QStringLiteral("Spirometry"), false));
             checkNotSaved(boxes, file, QStringLiteral("No space left on device"));
         }
         QVERIFY(Contents(file) == earlier);
         QCOMPARE(disk.entries(), before);
         {
-            const std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+            const std::shared_ptr<PrinterTarget> printer = SystemPrinter(*m_state);
             PreparedReport report;
             QVERIFY(PrepareReportPreview(*printer, SpirometryRequest(), false, report));
             RecordingMessageService boxes;
@@ -344,7 +353,7 @@ private slots:
             RecordingMessageService boxes;
             RecordingFileDialogService dialogs;
             dialogs.queueAnswer(file);
-            QVERIFY(PrintReportJob(*SystemPrinter(), SpirometryRequest(QStringLiteral("04/01/2024")),
+            QVERIFY(PrintReportJob(*SystemPrinter(*m_state), SpirometryRequest(QStringLiteral("04/01/2024")),
                                    QStringLiteral("Spirometry"), false));
         }
         const QByteArray earlier = Contents(file);
@@ -358,7 +367,8 @@ private slots:
             RecordingMessageService boxes;
             RecordingFileDialogService dialogs;
             dialogs.queueAnswer(chosen);
-            QVERIFY(!PrintReportJob(*SystemPrinter(), SpirometryRequest(), QStringLiteral("Spirometry"), false));
+            QVERIFY(
+                !PrintReportJob(*SystemPrinter(*m_state), SpirometryRequest(), QStringLiteral("Spirometry"), false));
             checkNotSaved(boxes, chosen, QStringLiteral("Read-only file system"));
         }
         QVERIFY(Contents(file) == earlier);
@@ -367,7 +377,7 @@ private slots:
 
     void thePreviewsPrintAsksTheSame()
     {
-        const std::shared_ptr<PrinterTarget> printer = SystemPrinter();
+        const std::shared_ptr<PrinterTarget> printer = SystemPrinter(*m_state);
         PreparedReport report;
         QVERIFY(PrepareReportPreview(*printer, SpirometryRequest(QString()), false, report));
         {

@@ -73,7 +73,7 @@ private slots:
 
     void nothingRunsWhilePrintingIsImpossible()
     {
-        blnAppReady = false;
+        f->state.blnAppReady = false;
         run().cmdPreview_Click();
         QCOMPARE(f->boxes.count(), 1);
         QCOMPARE(f->boxes.last().text, QStringLiteral("T4118"));
@@ -84,13 +84,13 @@ private slots:
         QCOMPARE(f->boxes.last().text, QStringLiteral("T4117"));
         QCOMPARE(f->boxes.last().style, 0);
 
-        const std::shared_ptr<OutputTarget> before = objPrint;
+        const std::shared_ptr<OutputTarget> before = f->state.objPrint;
         run().cmdPrintSetup_Click();
         QCOMPARE(f->boxes.count(), 3);
         QCOMPARE(f->boxes.last().text, QStringLiteral("T4117"));
         QCOMPARE(f->boxes.last().style, 0);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
-        QCOMPARE(objPrint.get(), before.get());
+        QCOMPARE(f->state.objPrint.get(), before.get());
 
         QCOMPARE(f->store->calls, QStringList());
         QVERIFY(f->printer->ops().empty());
@@ -98,9 +98,9 @@ private slots:
 
     void printWithoutAPrinterSendsTheUserToPrintSetup()
     {
-        objPrint.reset();
+        f->state.objPrint.reset();
         // Comes before the request's checks: no subject is chosen either.
-        strCurrentPatientID.clear();
+        f->state.strCurrentPatientID.clear();
         parkFocus();
         run().cmdPrint_Click();
         expectRefused(QStringLiteral("T4064"), run().cmdPrintSetup);
@@ -108,7 +108,7 @@ private slots:
 
     void aSubjectIsCheckedFirst()
     {
-        strCurrentPatientID.clear();
+        f->state.strCurrentPatientID.clear();
         // The dates and the variables are wrong too; only the first check speaks.
         f->window.dates->mskDate[1]->SetText(QString());
         f->setRows(0, {});
@@ -119,7 +119,7 @@ private slots:
         });
         QVERIFY(!run().ValidateReportRequest(0));
 
-        strCurrentPatientID = QStringLiteral("X");
+        f->state.strCurrentPatientID = QStringLiteral("X");
         QVERIFY(run().IsPatientSelected());
     }
 
@@ -272,21 +272,21 @@ private slots:
             const QString suffix = setting.si ? QStringLiteral("si=1") : QStringLiteral("si=0");
 
             // Print.
-            blnSIUnits = !setting.si;
+            f->state.blnSIUnits = !setting.si;
             f->store->calls.clear();
             run().cmdPrint_Click();
-            QCOMPARE(blnSIUnits, setting.si);
+            QCOMPARE(f->state.blnSIUnits, setting.si);
             QCOMPARE(f->store->calls.size(), 3);
             for (const QString& call : f->store->calls)
                 QVERIFY2(call.endsWith(suffix), qPrintable(call));
 
             // Preview, stopped by a store error at the second chart so that no window opens.
-            blnSIUnits = !setting.si;
+            f->state.blnSIUnits = !setting.si;
             f->store->calls.clear();
             f->store->failOn = QStringLiteral("GetGraphData 2");
             run().cmdPreview_Click();
             f->store->failOn.clear();
-            QCOMPARE(blnSIUnits, setting.si);
+            QCOMPARE(f->state.blnSIUnits, setting.si);
             QCOMPARE(f->store->calls.size(), 2);
             for (const QString& call : f->store->calls)
                 QVERIFY2(call.endsWith(suffix), qPrintable(call));

@@ -23,24 +23,18 @@ class TestReportRunDemo : public QObject
         Demo()
         {
             Clock::pin(QDateTime(QDate(2024, 7, 1), QTime(9, 0)));
-            objPrint = first;
-            blnAppReady = true;
+            state.objPrint = first;
+            state.blnAppReady = true;
             for (int tab = 0; tab < ReportTabsPanel::TabCount; ++tab)
                 window.tabs->LoadVariableCatalogue(tab);
             window.tabs->ListSavedReports();
             window.search->txtPatientID->setText(QStringLiteral("QC001"));
             window.search->txtPatientName->setText(QStringLiteral("Adam Q Control"));
-            strCurrentPatientID = QStringLiteral("QC001");
+            state.strCurrentPatientID = QStringLiteral("QC001");
             window.dates->mskDate[0]->SetText(QStringLiteral("01/01/2024"));
             window.dates->mskDate[1]->SetText(QStringLiteral("06/30/2024"));
         }
-        ~Demo()
-        {
-            objPrint.reset();
-            blnAppReady = false;
-            strCurrentPatientID.clear();
-            Clock::pin(QDateTime());
-        }
+        ~Demo() { Clock::pin(QDateTime()); }
         Demo(const Demo&) = delete;
         Demo& operator=(const Demo&) = delete;
 
@@ -61,7 +55,8 @@ class TestReportRunDemo : public QObject
         ScopedComponentRegistration store{QCReportStore::ClassId, [] { return std::make_unique<NorrixReportStore>(); }};
         std::shared_ptr<RecordingTarget> first = std::make_shared<RecordingTarget>();
         std::shared_ptr<RecordingTarget> second = std::make_shared<RecordingTarget>();
-        RunWindow window;
+        ProgramState state;
+        RunWindow window{state};
         ModalDriver watch;
     };
 
@@ -97,7 +92,7 @@ private slots:
         QCOMPARE(numbers.last(), QString::number(pages));
 
         // Print from the main window on a second printer of the same kind.
-        objPrint = d.second;
+        d.state.objPrint = d.second;
         d.window.run->cmdPrint_Click();
         QCOMPARE(d.boxes.count(), 0);
 

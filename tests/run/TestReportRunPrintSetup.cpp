@@ -37,36 +37,26 @@ class TestReportRunPrintSetup : public QObject
 
     std::unique_ptr<ReportRunFixture> f;
     std::unique_ptr<ModalDriver> watch;
-    QString m_startupPrinter;
-    bool m_warned = false;
     QTemporaryDir m_dir;
-    QString m_outputFile;
 
 private slots:
     void init()
     {
         f = std::make_unique<ReportRunFixture>();
         watch = std::make_unique<ModalDriver>();
-        m_startupPrinter = strStartupPrinter;
-        m_warned = blnPrinterWarned;
         // The system printer is the one of start-up: no notice about a change.
-        strStartupPrinter = SystemPrinter()->DeviceName();
-        blnPrinterWarned = false;
+        f->state.strStartupPrinter = SystemPrinter(f->state)->DeviceName();
+        f->state.blnPrinterWarned = false;
         // The PDF printer of a machine without printers writes into a folder
         // that is there, or its dialog would ask about the folder first.
-        m_outputFile = SystemPrinter()->printer().outputFileName();
-        if (!m_outputFile.isEmpty())
-            SystemPrinter()->printer().setOutputFileName(m_dir.filePath(QStringLiteral("QC Report.pdf")));
+        if (!SystemPrinter(f->state)->printer().outputFileName().isEmpty())
+            SystemPrinter(f->state)->printer().setOutputFileName(m_dir.filePath(QStringLiteral("QC Report.pdf")));
     }
 
     void cleanup()
     {
         watch.reset();
         f.reset();
-        strStartupPrinter = m_startupPrinter;
-        blnPrinterWarned = m_warned;
-        if (!m_outputFile.isEmpty())
-            SystemPrinter()->printer().setOutputFileName(m_outputFile);
     }
 
     void theChosenPrinterIsTheOneRunsPrintOn()
@@ -78,7 +68,7 @@ private slots:
         });
         f->window.run->cmdPrintSetup->click();
         QVERIFY(dialog);
-        QCOMPARE(objPrint.get(), static_cast<OutputTarget*>(SystemPrinter().get()));
+        QCOMPARE(f->state.objPrint.get(), static_cast<OutputTarget*>(SystemPrinter(f->state).get()));
         QCOMPARE(f->boxes.count(), 0);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
     }
@@ -92,7 +82,7 @@ private slots:
         });
         f->window.run->cmdPrintSetup->click();
         QVERIFY(dialog);
-        QCOMPARE(objPrint.get(), static_cast<OutputTarget*>(f->printer.get()));
+        QCOMPARE(f->state.objPrint.get(), static_cast<OutputTarget*>(f->printer.get()));
         QCOMPARE(f->boxes.count(), 0);
 
         // Print still prints on it.

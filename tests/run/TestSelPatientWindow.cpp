@@ -58,7 +58,7 @@ private:
             window.show();
         }
         EngineFixture fx;
-        frmSelPatient window;
+        frmSelPatient window{fx.state};
         bool loaded = false;
     };
 
@@ -66,7 +66,7 @@ private slots:
     void loadSetsTheCaptionsAndTheFiveColumnsInRunTimeOrder()
     {
         EngineFixture fx;
-        frmSelPatient window;
+        frmSelPatient window{fx.state};
         window.Form_Load();
         QCOMPARE(window.windowTitle(), QStringLiteral("T4094"));
         QCOMPARE(window.Label1->text(), QStringLiteral("T4075:"));
@@ -112,7 +112,7 @@ private slots:
     void resultsStartAtTheCurrentRecord()
     {
         EngineFixture fx;
-        frmSelPatient window;
+        frmSelPatient window{fx.state};
         window.Form_Load();
         RecordsetPtr rs = sample();
         rs->MoveNext();
@@ -125,7 +125,7 @@ private slots:
     void noRecordsGiveFalseAndAnEmptyList()
     {
         EngineFixture fx;
-        frmSelPatient window;
+        frmSelPatient window{fx.state};
         window.Form_Load();
         RecordsetPtr rs = sample();
         QVERIFY(window.LoadResults(*rs));
@@ -222,7 +222,7 @@ private slots:
         QCOMPARE(l.window.m_strSelPatLastName, QStringLiteral("Adams"));
         QCOMPARE(l.window.m_strSelPatFirstName, QStringLiteral("ann"));
         QCOMPARE(l.window.m_strSelPatMidName, QStringLiteral("B"));
-        QCOMPARE(strCurrentPatientID, QStringLiteral("P10"));
+        QCOMPARE(l.fx.state.strCurrentPatientID, QStringLiteral("P10"));
         QCOMPARE(l.fx.notifications(), QStringList{QStringLiteral("PatientNotify 9 6 0 P10")});
         QVERIFY(l.window.isHidden());
         QCOMPARE(l.window.result(), int(QDialog::Accepted));
@@ -245,7 +245,7 @@ private slots:
         QVERIFY(l.window.lvwPatients->hasFocus());
         QVERIFY(l.window.isVisible());
         QCOMPARE(l.window.m_strSelPatID, QString());
-        QCOMPARE(strCurrentPatientID, QString());
+        QCOMPARE(l.fx.state.strCurrentPatientID, QString());
         QVERIFY(l.fx.notifications().isEmpty());
     }
 

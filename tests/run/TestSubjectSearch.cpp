@@ -46,7 +46,7 @@ private:
         }
 
         EngineFixture fx;
-        RunHost host;
+        RunHost host{fx.state};
         ModalDriver modal;
         SubjectSearchPanel panel{host};
     };
@@ -109,7 +109,7 @@ private:
     {
         QCOMPARE(p.panel.txtPatientID->text(), id);
         QCOMPARE(p.panel.txtPatientName->text(), name);
-        QCOMPARE(strCurrentPatientID, id);
+        QCOMPARE(p.fx.state.strCurrentPatientID, id);
     }
 
 private slots:
@@ -425,7 +425,7 @@ private slots:
         QCOMPARE(p.fx.notifications(),
                  (QStringList{QStringLiteral("PatientNotify 9 6 0 QC001"), QStringLiteral("PatientNotify 10 6 0 QC001"),
                               QStringLiteral("PatientNotify 9 6 0 QC003")}));
-        QCOMPARE(strNotifiedPatientID, QStringLiteral("QC003"));
+        QCOMPARE(p.fx.state.strNotifiedPatientID, QStringLiteral("QC003"));
     }
 
     void hostileInputFindsTheRightRowsOrNone_data()

@@ -45,19 +45,19 @@ private:
         {
             answer({{QStringLiteral("P100"), QStringLiteral("Smith"), QStringLiteral("Ann"), QString(), QVariant()}});
             find(QStringLiteral("P100"), true);
-            QCOMPARE(strCurrentPatientID, QStringLiteral("P100"));
+            QCOMPARE(fx.state.strCurrentPatientID, QStringLiteral("P100"));
             panel.txtPatient->setText(QStringLiteral("typed again"));
         }
 
         void checkAnnStays()
         {
-            QCOMPARE(strCurrentPatientID, QStringLiteral("P100"));
+            QCOMPARE(fx.state.strCurrentPatientID, QStringLiteral("P100"));
             QCOMPARE(panel.txtPatientID->text(), QStringLiteral("P100"));
             QCOMPARE(panel.txtPatientName->text(), QStringLiteral("Ann Smith"));
         }
 
         EngineFixture fx;
-        RunHost host;
+        RunHost host{fx.state};
         ModalDriver modal;
         std::shared_ptr<FakePatientQuery::Script> query = std::make_shared<FakePatientQuery::Script>();
         ScopedComponentRegistration registration{PatientQuery::ClassId, FakePatientQuery::creator(query)};
@@ -155,7 +155,7 @@ private slots:
         QCOMPARE(p.modal.handled(), 0);
         QCOMPARE(p.fx.boxes.count(), 1);
         QCOMPARE(p.fx.boxes.last().text, QStringLiteral("T4062"));
-        QCOMPARE(strCurrentPatientID, QString());
+        QCOMPARE(p.fx.state.strCurrentPatientID, QString());
     }
 
     void aQueryThatThrowsKeepsTheEarlierChoiceAndSaysWhy()
@@ -243,7 +243,7 @@ private slots:
             QTest::mouseClick(list->cmdSelect, Qt::LeftButton);
             openAfterSelect = list->isVisible();
             chosenAfterSelect = list->m_strSelPatID;
-            currentWhileOpen = strCurrentPatientID;
+            currentWhileOpen = p.fx.state.strCurrentPatientID;
             QTest::mouseClick(list->cmdCancel, Qt::LeftButton);
         });
         p.find(QStringLiteral("Jones"));

@@ -54,8 +54,7 @@ class TestShowPrintSetup : public QObject
 private:
     QTemporaryDir m_dir;
     std::shared_ptr<PrinterTarget> m_printer;
-    QString m_savedStartupPrinter;
-    bool m_savedWarned = false;
+    std::unique_ptr<ProgramState> m_state;
 
     // A PDF printer on Letter paper, writing into the test's own folder.
     std::shared_ptr<PrinterTarget> pdfPrinter()
@@ -72,17 +71,15 @@ private:
 private slots:
     void init()
     {
-        m_savedStartupPrinter = strStartupPrinter;
-        m_savedWarned = blnPrinterWarned;
+        m_state = std::make_unique<ProgramState>();
         m_printer = pdfPrinter();
-        strStartupPrinter = m_printer->DeviceName();
-        blnPrinterWarned = false;
+        m_state->strStartupPrinter = m_printer->DeviceName();
+        m_state->blnPrinterWarned = false;
     }
 
     void cleanup()
     {
-        strStartupPrinter = m_savedStartupPrinter;
-        blnPrinterWarned = m_savedWarned;
+        m_state.reset();
         m_printer.reset();
     }
 
@@ -99,14 +96,14 @@ private slots:
             selection = dialog->testOption(QAbstractPrintDialog::PrintSelection);
             clickButton(dialog, QDialogButtonBox::AcceptRole);
         });
-        const std::shared_ptr<PrinterTarget> chosen = ShowPrintSetup(nullptr, m_printer);
+        const std::shared_ptr<PrinterTarget> chosen = ShowPrintSetup(*m_state, nullptr, m_printer);
         QCOMPARE(chosen.get(), m_printer.get());
         QCOMPARE(title, QStringLiteral("Print Setup"));
         QVERIFY(!pageRange);
         QVERIFY(!selection);
         // The same printer as at start-up: no notice.
         QCOMPARE(boxes.count(), 0);
-        QVERIFY(!blnPrinterWarned);
+        QVERIFY(!m_state->blnPrinterWarned);
         QCOMPARE(chosen->ScaleWidth(), 12240.0);
     }
 
@@ -114,11 +111,11 @@ private slots:
     {
         ScopedTestStrings strings;
         RecordingMessageService boxes;
-        strStartupPrinter = QStringLiteral("Lab LaserJet");
+        m_state->strStartupPrinter = QStringLiteral("Lab LaserJet");
         cancelPrintDialog();
-        QVERIFY(ShowPrintSetup(nullptr, m_printer) == nullptr);
+        QVERIFY(ShowPrintSetup(*m_state, nullptr, m_printer) == nullptr);
         QCOMPARE(boxes.count(), 0);
-        QVERIFY(!blnPrinterWarned);
+        QVERIFY(!m_state->blnPrinterWarned);
         QCOMPARE(m_printer->ScaleWidth(), 12240.0);
     }
 
@@ -126,21 +123,21 @@ private slots:
     {
         ScopedTestStrings strings;
         RecordingMessageService boxes;
-        strStartupPrinter = QStringLiteral("Lab LaserJet");
+        m_state->strStartupPrinter = QStringLiteral("Lab LaserJet");
 
         acceptPrintDialog();
-        QCOMPARE(ShowPrintSetup(nullptr, m_printer).get(), m_printer.get());
+        QCOMPARE(ShowPrintSetup(*m_state, nullptr, m_printer).get(), m_printer.get());
         QCOMPARE(boxes.count(), 1);
         QCOMPARE(boxes.last().text, QStringLiteral("T4102"));
         QCOMPARE(boxes.last().style, 0);
-        QVERIFY(blnPrinterWarned);
+        QVERIFY(m_state->blnPrinterWarned);
 
         acceptPrintDialog();
-        QCOMPARE(ShowPrintSetup(nullptr, m_printer).get(), m_printer.get());
+        QCOMPARE(ShowPrintSetup(*m_state, nullptr, m_printer).get(), m_printer.get());
         QCOMPARE(boxes.count(), 1);
 
         cancelPrintDialog();
-        QVERIFY(ShowPrintSetup(nullptr, m_printer) == nullptr);
+        QVERIFY(ShowPrintSetup(*m_state, nullptr, m_printer) == nullptr);
         QCOMPARE(boxes.count(), 1);
     }
 
@@ -162,7 +159,7 @@ private slots:
             dialog->findChild<QAbstractButton*>(QStringLiteral("properties"))->click();
             clickButton(dialog, QDialogButtonBox::AcceptRole);
         });
-        const std::shared_ptr<PrinterTarget> chosen = ShowPrintSetup(nullptr, m_printer);
+        const std::shared_ptr<PrinterTarget> chosen = ShowPrintSetup(*m_state, nullptr, m_printer);
         QVERIFY(landscapeFound);
         QVERIFY(chosen);
         QCOMPARE(chosen->printer().pageLayout().orientation(), QPageLayout::Landscape);
@@ -173,7 +170,7 @@ private slots:
     void noPrinterGivesNothing()
     {
         RecordingMessageService boxes;
-        QVERIFY(ShowPrintSetup(nullptr, nullptr) == nullptr);
+        QVERIFY(ShowPrintSetup(*m_state, nullptr, nullptr) == nullptr);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
         QCOMPARE(boxes.count(), 0);
     }
