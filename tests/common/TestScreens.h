@@ -1,12 +1,11 @@
 #pragma once
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
-#include <QGuiApplication>
 #include <QProcess>
 #include <QRect>
 #include <QScreen>
+#include <QSizeF>
 #include <QString>
 #include <QTemporaryDir>
 #include <QWidget>
@@ -82,13 +81,18 @@ inline QString RunOnEveryScreen(const char* testClass, const char* testFunction)
     return QString();
 }
 
-// The available area of the screen this process runs on, checked against
-// the screen the child was asked for, so that a check never passes on a
-// screen other than the one it names.
+// The available area of the screen this process runs on; empty when that
+// screen is not the one the process was asked for, so that a check never
+// passes on a screen other than the one it names.
 inline QRect AvailableArea(const QWidget& window)
 {
     QScreen* screen = window.screen();
-    return screen ? screen->availableGeometry() : QRect();
+    if (!screen)
+        return QRect();
+    const QSize device = (QSizeF(screen->geometry().size()) * screen->devicePixelRatio()).toSize();
+    const QString actual =
+        QStringLiteral("%1x%2@%3").arg(device.width()).arg(device.height()).arg(screen->devicePixelRatio());
+    return actual == Describe() ? screen->availableGeometry() : QRect();
 }
 
 // A widget's rectangle on the screen.
