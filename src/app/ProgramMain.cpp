@@ -12,8 +12,11 @@
 
 void InitApplication()
 {
+    // The name only: a display name of its own would be appended by the
+    // platform to every window and message-box title ("Open Report — ...").
+    // Boxes without a title of their own still show the name, which the
+    // display name falls back to.
     QApplication::setApplicationName(QStringLiteral("Calvex QC Reports"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Calvex QC Reports"));
     QApplication::setApplicationVersion(ProgramVersion());
     // The window's icon, and the desktop entry the desktop finds it by.
     QApplication::setWindowIcon(ProgramIcon());

@@ -10,10 +10,12 @@
 #include "platform/VbConversions.h"
 #include "platform/modResource.h"
 #include "widgets/EventGuard.h"
+#include "widgets/FitToScreen.h"
 
 #include <QCloseEvent>
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 frmMain::frmMain(ProgramState& state, QWidget* parent)
@@ -23,7 +25,23 @@ frmMain::frmMain(ProgramState& state, QWidget* parent)
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QStringLiteral("Calvex QC Reports"));
 
-    auto* layout = new QVBoxLayout(this);
+    // The window's content scrolls when the screen is smaller than the
+    // content's minimum size (a small screen at a large scale), so every
+    // control can still be reached.
+    auto* outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    auto* scroll = new QScrollArea(this);
+    scroll->setObjectName(QStringLiteral("scrContent"));
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    // Tab walks the controls, not the area; the area follows the focus.
+    scroll->setFocusPolicy(Qt::NoFocus);
+    outer->addWidget(scroll);
+    auto* content = new QWidget(scroll);
+    content->setObjectName(QStringLiteral("frmMainContent"));
+    scroll->setWidget(content);
+
+    auto* layout = new QVBoxLayout(content);
     auto* top = new QHBoxLayout;
     m_search = new SubjectSearchPanel(*this, this);
     m_dates = new DateRangePanel(this);
@@ -71,7 +89,7 @@ frmMain::frmMain(ProgramState& state, QWidget* parent)
     connect(ActivityTimer, &QTimer::timeout, this, [this] { ActivityTimer_Timer(); });
     ActivityTimer->start();
 
-    resize(960, 680);
+    FitToScreen(*this, QSize(960, 680));
 }
 
 frmMain::~frmMain()

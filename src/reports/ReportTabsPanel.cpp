@@ -111,16 +111,16 @@ QWidget* ReportTabsPanel::buildTab(int Index)
     auto* pageLayout = new QVBoxLayout(page);
 
     auto* reportsRow = new QHBoxLayout;
-    reportsRow->addWidget(label(lblReports, QStringLiteral("Saved Reports"), cboReports[Index]));
+    reportsRow->addWidget(label(lblReports, QStringLiteral("Saved Reports:"), cboReports[Index]));
     reportsRow->addWidget(cboReports[Index], 1);
     pageLayout->addLayout(reportsRow);
 
     auto* pickRow = new QHBoxLayout;
     pickRow->addWidget(
-        label(lblTable, pf ? QStringLiteral("Table for all variables") : QStringLiteral("Table"), cboTable[Index]));
+        label(lblTable, pf ? QStringLiteral("Table for all variables:") : QStringLiteral("Table:"), cboTable[Index]));
     pickRow->addWidget(cboTable[Index], 1);
     pickRow->addSpacing(12);
-    pickRow->addWidget(label(lblVariable, QStringLiteral("Variable"), cboVariable[Index]));
+    pickRow->addWidget(label(lblVariable, QStringLiteral("Variable:"), cboVariable[Index]));
     pickRow->addWidget(cboVariable[Index], 2);
     pageLayout->addLayout(pickRow);
 
@@ -132,14 +132,14 @@ QWidget* ReportTabsPanel::buildTab(int Index)
         editRow->addWidget(button);
     pageLayout->addLayout(editRow);
 
-    pageLayout->addWidget(label(lblSelected, QStringLiteral("Selected Variables"), msfgVariable[Index]));
+    pageLayout->addWidget(label(lblSelected, QStringLiteral("Selected Variables:"), msfgVariable[Index]));
     pageLayout->addWidget(msfgVariable[Index], 1);
 
     auto* totalsRow = new QHBoxLayout;
-    totalsRow->addWidget(label(lblGraphTotal, QStringLiteral("Total selected for graph"), nullptr));
+    totalsRow->addWidget(label(lblGraphTotal, QStringLiteral("Total selected for graph:"), nullptr));
     totalsRow->addWidget(lblTotalFor[2 * Index]);
     totalsRow->addSpacing(24);
-    totalsRow->addWidget(label(lblTableTotal, QStringLiteral("Total selected for table"), nullptr));
+    totalsRow->addWidget(label(lblTableTotal, QStringLiteral("Total selected for table:"), nullptr));
     totalsRow->addWidget(lblTotalFor[2 * Index + 1]);
     totalsRow->addStretch(1);
     pageLayout->addLayout(totalsRow);

@@ -9,6 +9,7 @@
 #include "run/PrintJob.h"
 #include "run/WaitCursor.h"
 #include "widgets/EventGuard.h"
+#include "widgets/FitToScreen.h"
 
 #include <QFont>
 #include <QGridLayout>
@@ -123,8 +124,9 @@ frmPrintPreview::frmPrintPreview(ProgramState& state, QWidget* parent)
     connect(scrVScroll, &QScrollBar::valueChanged, this, on(&frmPrintPreview::scrVScroll_Change));
     connect(picGraph, &PictureBox::Resized, this, on(&frmPrintPreview::picGraph_Resize));
 
-    // A letter page is 850 view pixels wide: the window shows its width.
-    resize(920, 760);
+    // A letter page is 850 view pixels wide: the window shows its width
+    // where the screen has room for it; the scroll bars reach the rest.
+    FitToScreen(*this, QSize(920, 760));
 }
 
 frmPrintPreview::~frmPrintPreview()

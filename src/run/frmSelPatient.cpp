@@ -5,9 +5,11 @@
 #include "platform/RuntimeError.h"
 #include "platform/VbConversions.h"
 #include "platform/modResource.h"
+#include "widgets/FitToScreen.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include <array>
@@ -118,7 +120,7 @@ void frmSelPatient::Form_Load()
         lvwPatients->setColumnWidth(c, pixels);
         width += pixels;
     }
-    resize(width + 2 * lvwPatients->frameWidth() + 40, height());
+    FitToScreen(*this, QSize(width + 2 * lvwPatients->frameWidth() + 40, height()));
 }
 
 bool frmSelPatient::LoadResults(Recordset& rs)
@@ -141,10 +143,39 @@ bool frmSelPatient::LoadResults(Recordset& rs)
     }
     if (lvwPatients->topLevelItemCount() == 0)
         return false;
+    FitToResults();
     lvwPatients->setCurrentItem(lvwPatients->topLevelItem(0));
     lvwPatients->scrollToTop();
     lvwPatients->setFocus();
     return true;
+}
+
+void frmSelPatient::FitToResults()
+{
+    // Each column at least as wide as its layout width, wider where a text
+    // or the header needs more.
+    QHeaderView* header = lvwPatients->header();
+    int columnsWidth = 0;
+    for (int c = 0; c < ColumnCount; ++c)
+    {
+        const int layoutWidth = kColumns[std::size_t(c)].twips * lvwPatients->logicalDpiX() / 1440;
+        lvwPatients->resizeColumnToContents(c);
+        const int width = qMax(layoutWidth, lvwPatients->columnWidth(c));
+        lvwPatients->setColumnWidth(c, width);
+        columnsWidth += width;
+    }
+
+    // Room for every row, and for at least kShownRows; a list longer than
+    // the screen scrolls.
+    const int rows = qMax(kShownRows, lvwPatients->topLevelItemCount());
+    const int rowHeight = lvwPatients->sizeHintForRow(0);
+    const int frame = 2 * lvwPatients->frameWidth();
+    const int scrollBar = lvwPatients->style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, lvwPatients);
+    const QSize listSize(columnsWidth + frame + scrollBar, header->sizeHint().height() + rows * rowHeight + frame);
+
+    // The window around the list: its label, its buttons and the margins.
+    const QSize around = (layout()->sizeHint() - lvwPatients->sizeHint()).expandedTo(QSize(0, 0));
+    FitToScreen(*this, listSize + around);
 }
 
 void frmSelPatient::lvwPatients_ColumnClick(int column)

@@ -68,8 +68,14 @@ public:
     // Escape and the close box act as Cancel.
     void reject() override;
 
+    // The rows the list has room for at least, where the screen allows.
+    static constexpr int kShownRows = 10;
+
 private:
     void clearChoice();
+    // Widens the columns to their texts and sizes the window to show the
+    // rows, within the screen's available area.
+    void FitToResults();
 
     ProgramState& m_state;
     int m_sortKey = -1;

@@ -140,13 +140,14 @@ private slots:
 
     void emptyTitleIsTheApplicationsName()
     {
-        const QString previous = QGuiApplication::applicationDisplayName();
-        QGuiApplication::setApplicationDisplayName(QStringLiteral("Calvex QC Reports Test"));
+        // The program sets no display name of its own: it is the application's name.
+        const QString previous = QCoreApplication::applicationName();
+        QCoreApplication::setApplicationName(QStringLiteral("Calvex QC Reports Test"));
         QtMessageService service;
         std::optional<SeenBox> seen;
         whenBoxOpens(seen, press(QMessageBox::Ok));
         QCOMPARE(service.show(QStringLiteral("ResourceID is not found,  4200"), 0, QString()), 1);
-        QGuiApplication::setApplicationDisplayName(previous);
+        QCoreApplication::setApplicationName(previous);
         QVERIFY(seen);
         QCOMPARE(seen->title, QStringLiteral("Calvex QC Reports Test"));
         QCOMPARE(seen->text, QStringLiteral("ResourceID is not found,  4200"));
