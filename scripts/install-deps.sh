@@ -11,7 +11,7 @@ packages=(
     libgmp-dev
     fonts-liberation2
     clang-format-14
-    poppler-utils xvfb xauth
+    poppler-utils xvfb xauth x11-utils
     postgresql
     cups cups-client cups-bsd printer-driver-cups-pdf
 )

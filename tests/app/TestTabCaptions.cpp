@@ -21,14 +21,14 @@ private slots:
 
     void bothTabsReadAsTheUserSeesThem()
     {
-        ResetProgramState();
+        ProgramState state;
         ScopedRegistryFile registry;
         registry.useDemoDatabase();
         QVERIFY(RunProcess(frmMain::DatabaseQueryCommandLine(QCoreApplication::applicationDirPath()), true));
         RegisterSuiteComponents();
         ResetResourceServer();
         RecordingMessageService boxes;
-        frmMain window;
+        frmMain window{state};
         window.Form_Load();
         QCOMPARE(boxes.count(), 0);
         QVERIFY(!ProgramExitRequested());

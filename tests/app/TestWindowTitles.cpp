@@ -3,6 +3,7 @@
 #include "app/ProgramMain.h"
 #include "app/frmAutoLogout.h"
 #include "common/TestMain.h"
+#include "components/ProgramState.h"
 #include "suite/SuiteComponents.h"
 #include "widgets/QtMessageService.h"
 
@@ -83,6 +84,7 @@ private slots:
 
     void messageBoxAndCountdownTitlesAreTheTextsAlone()
     {
+        ProgramState state;
         if (qEnvironmentVariableIsSet(kXServerVariable))
             QSKIP("checked in the parent process");
         InitApplication();
@@ -97,7 +99,7 @@ private slots:
 
         RegisterSuiteComponents();
         ResetResourceServer();
-        frmAutoLogout countdown;
+        frmAutoLogout countdown{state};
         countdown.Form_Load();
         countdown.show();
         QVERIFY(QTest::qWaitForWindowExposed(&countdown));
@@ -109,6 +111,7 @@ private slots:
     // On a real X server the title is the one the window manager is given.
     void titlesOnAnXServer()
     {
+        ProgramState state;
         if (qEnvironmentVariableIsSet(kXServerVariable))
         {
             InitApplication();
@@ -118,7 +121,7 @@ private slots:
                 boxTitle = XWindowTitle(box);
             });
             QCOMPARE(boxTitle, QStringLiteral("_NET_WM_NAME(UTF8_STRING) = \"Open Report\""));
-            frmAutoLogout countdown;
+            frmAutoLogout countdown{state};
             countdown.show();
             QVERIFY(QTest::qWaitForWindowExposed(&countdown));
             QCOMPARE(XWindowTitle(countdown),

@@ -55,8 +55,8 @@ private slots:
         f.setVariables(2);
         ReportInfo info;
         f.window.tabs->BuildReportInfo(0, info);
-        frmPrintPreview w;
-        QVERIFY(w.SetGraphData(objPrint, info, false));
+        frmPrintPreview w{f.state};
+        QVERIFY(w.SetGraphData(f.state.objPrint, info, false));
         w.show();
         QVERIFY(QTest::qWaitForWindowExposed(&w));
 
@@ -87,7 +87,7 @@ private slots:
                             QStringLiteral("Vandenberghe-Oosterhuis %1").arg(i), QStringLiteral("Maximiliane"),
                             QStringLiteral("Alexandrina"), QDate(1960, 1, i)});
         RecordsetPtr rs = FakePatientQuery::rows(rows);
-        frmSelPatient window;
+        frmSelPatient window{fx.state};
         window.Form_Load();
         QVERIFY(window.LoadResults(*rs));
         window.show();
