@@ -17,19 +17,6 @@ class TestMainWindowFitsTheScreen : public QObject
 {
     Q_OBJECT
 
-    static QString where(const QRect& inner, const QRect& outer)
-    {
-        return QStringLiteral("%1,%2 %3x%4 in %5,%6 %7x%8")
-            .arg(inner.x())
-            .arg(inner.y())
-            .arg(inner.width())
-            .arg(inner.height())
-            .arg(outer.x())
-            .arg(outer.y())
-            .arg(outer.width())
-            .arg(outer.height());
-    }
-
 private slots:
     void everyControlCanBeReachedOnEveryScreen()
     {
@@ -89,7 +76,7 @@ private slots:
                 const bool inView = shown.width() >= qMin(rect.width(), viewport.width() - 16) &&
                                     shown.height() >= qMin(rect.height(), viewport.height() - 16);
                 QVERIFY2(inView, qPrintable(TestScreens::Describe() + QStringLiteral(": ") + w->objectName() +
-                                            QLatin1Char(' ') + where(rect, viewport)));
+                                            QLatin1Char(' ') + TestScreens::Where(rect, viewport)));
                 ++checked;
             }
         }

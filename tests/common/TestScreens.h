@@ -100,4 +100,18 @@ inline QRect GlobalRect(const QWidget& widget)
 {
     return QRect(widget.mapToGlobal(QPoint(0, 0)), widget.size());
 }
+// "x,y wxh in x,y wxh" of a rectangle that should lie inside another, with
+// the screen it was tried on.
+inline QString Where(const QRect& inner, const QRect& outer)
+{
+    return Describe() + QStringLiteral(": %1,%2 %3x%4 in %5,%6 %7x%8")
+                            .arg(inner.x())
+                            .arg(inner.y())
+                            .arg(inner.width())
+                            .arg(inner.height())
+                            .arg(outer.x())
+                            .arg(outer.y())
+                            .arg(outer.width())
+                            .arg(outer.height());
+}
 } // namespace TestScreens

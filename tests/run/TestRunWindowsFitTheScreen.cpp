@@ -17,19 +17,6 @@ class TestRunWindowsFitTheScreen : public QObject
 {
     Q_OBJECT
 
-    static QString where(const QRect& inner, const QRect& outer)
-    {
-        return TestScreens::Describe() + QStringLiteral(": %1,%2 %3x%4 in %5,%6 %7x%8")
-                                             .arg(inner.x())
-                                             .arg(inner.y())
-                                             .arg(inner.width())
-                                             .arg(inner.height())
-                                             .arg(outer.x())
-                                             .arg(outer.y())
-                                             .arg(outer.width())
-                                             .arg(outer.height());
-    }
-
 private slots:
     void onEveryScreen_data()
     {
@@ -62,14 +49,14 @@ private slots:
 
         const QRect available = TestScreens::AvailableArea(w);
         QVERIFY(!available.isEmpty());
-        QVERIFY2(available.contains(w.frameGeometry()), qPrintable(where(w.frameGeometry(), available)));
+        QVERIFY2(available.contains(w.frameGeometry()), qPrintable(TestScreens::Where(w.frameGeometry(), available)));
         const QList<QAbstractButton*> buttons = w.findChildren<QAbstractButton*>();
         QVERIFY(buttons.size() >= 6);
         for (QAbstractButton* button : buttons)
         {
             const QRect rect = TestScreens::GlobalRect(*button);
             QVERIFY2(available.contains(rect),
-                     qPrintable(button->objectName() + QLatin1Char(' ') + where(rect, available)));
+                     qPrintable(button->objectName() + QLatin1Char(' ') + TestScreens::Where(rect, available)));
         }
         // Where the screen has room, the window shows the page's whole width.
         if (available.width() >= 920)
@@ -94,7 +81,8 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&window));
 
         const QRect available = TestScreens::AvailableArea(window);
-        QVERIFY2(available.contains(window.frameGeometry()), qPrintable(where(window.frameGeometry(), available)));
+        QVERIFY2(available.contains(window.frameGeometry()),
+                 qPrintable(TestScreens::Where(window.frameGeometry(), available)));
         QTreeWidget* list = window.lvwPatients;
         QCOMPARE(list->topLevelItemCount(), 10);
         // All ten rows in view at once.
@@ -102,7 +90,8 @@ private slots:
         for (int r = 0; r < 10; ++r)
         {
             const QRect row = list->visualItemRect(list->topLevelItem(r));
-            QVERIFY2(viewport.contains(row), qPrintable(QString::number(r) + QLatin1Char(' ') + where(row, viewport)));
+            QVERIFY2(viewport.contains(row),
+                     qPrintable(QString::number(r) + QLatin1Char(' ') + TestScreens::Where(row, viewport)));
         }
         // Each column as wide as its texts and its header need.
         for (int c = 0; c < frmSelPatient::ColumnCount; ++c)
