@@ -15,6 +15,8 @@ build="${CALVEX_BUILD_DIR:-$here/build}"
 if [ "${CALVEX_SANITIZE:-OFF}" = "ON" ]; then
     # Undefined behaviour ends the test that meets it, with its stack.
     export UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}"
+    # Leaks of system libraries are not ours to fix (tests/lsan-suppressions.txt).
+    export LSAN_OPTIONS="suppressions=$here/tests/lsan-suppressions.txt${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
 fi
 ctest --test-dir "$build" --output-on-failure -j "$(nproc)"
 cmake --build "$build" --target format-check
