@@ -5,7 +5,7 @@ python3 standard library only. Steps, each printed as it runs:
 
 1. configures (Release) and builds NorrixDBQuery in --build (default: build-release in
    the repository; --no-build takes it as built there), two compile jobs at most;
-2. writes a seeded CSV file of --readings readings (default 1,000,000) to bench/out/import
+2. writes a reproducible CSV file (the same --seed gives the same rows) of --readings readings (default 1,000,000) to bench/out/import
    (ignored by git), unless it is there already: 20 QC subjects, each with visits on
    consecutive days, PF and GX by turns, 50 readings a visit (so 20,000 visits for a
    million readings), about 1 % of them empty; some names need quotes;
@@ -77,7 +77,8 @@ def visit_layout(tables, variables):
 
 
 def generate(path, readings, seed):
-    """The seeded file: SUBJECTS subjects, visits on consecutive days, PF and GX by turns."""
+    """Writes the benchmark's CSV file: SUBJECTS subjects with visits on consecutive days, PF and GX
+    by turns, from random readings that the same seed repeats exactly."""
     rng = random.Random(seed)
     visits = readings // READINGS_PER_VISIT
     pf = visit_layout(PF_TABLES, PF_VARIABLES)
