@@ -701,6 +701,5 @@ void SuiteResultImport::write()
     transaction.commit();
 
     // The planner's figures for the tables that grew.
-    for (const char* table : {"patients", "visits", "results"})
-        m_db.exec(QStringLiteral("ANALYZE ") + QLatin1String(table));
+    SuiteSchema::refreshStatistics(m_db, {QStringLiteral("patients"), QStringLiteral("visits"), QStringLiteral("results")});
 }

@@ -123,6 +123,25 @@ QStringList stepStatements(int step, bool postgres)
                                              "ALTER COLUMN mid_key TYPE VARCHAR(80) COLLATE \"C\""));
         return statements;
     }
+    case 4:
+        // A chart reads one reading per visit of its subject, a table one per
+        // visit and column. On PostgreSQL both come from the indexes alone
+        // (index-only scans, once VACUUM has marked the pages all-visible):
+        // the visits' index carries the visit, in the order the reports sort
+        // by, and the readings' key carries the value. Without that each
+        // visit costs a visit row and a reading row on pages spread over the
+        // whole table among every other patient's. SQLite needs neither: its
+        // indexes end with the row's key, which is the visit, and the
+        // readings are stored in the order of their key.
+        if (!postgres)
+            return {};
+        return {
+            QStringLiteral("DROP INDEX visits_patient_tab_date"),
+            QStringLiteral("CREATE INDEX visits_patient_tab_date ON visits (patient_id, tab, visit_date, visit_id)"),
+            QStringLiteral("ALTER TABLE results DROP CONSTRAINT results_pkey, "
+                           "ADD CONSTRAINT results_pkey PRIMARY KEY (visit_id, table_id, var_id) "
+                           "INCLUDE (result_value)"),
+        };
     default:
         return {};
     }
@@ -211,17 +230,22 @@ void SuiteSchema::applyStep(SuiteDatabase& db, int step)
     transaction.commit();
 }
 
-void SuiteSchema::refreshStatistics(SuiteDatabase& db)
+void SuiteSchema::refreshStatistics(SuiteDatabase& db, const QStringList& tables)
 {
-    if (db.isPostgres())
-    {
-        db.exec(QStringLiteral("ANALYZE"));
-        return;
-    }
-    // A sample of each index is enough for the planner and keeps ANALYZE
-    // quick on a laboratory's database (it would read every index whole).
-    db.exec(QStringLiteral("PRAGMA analysis_limit = 1000"));
-    db.exec(QStringLiteral("ANALYZE"));
+    // PostgreSQL: VACUUM also marks the pages whose rows every transaction
+    // sees, which is what lets the reports' index-only scans skip the
+    // table. It reads only pages changed since the last one. It cannot run
+    // inside a transaction, and so neither can this.
+    // SQLite: a sample of each index is enough for the planner and keeps
+    // ANALYZE quick on a laboratory's database (it would read every index
+    // whole).
+    const QString command = db.isPostgres() ? QStringLiteral("VACUUM (ANALYZE)") : QStringLiteral("ANALYZE");
+    if (!db.isPostgres())
+        db.exec(QStringLiteral("PRAGMA analysis_limit = 1000"));
+    if (tables.isEmpty())
+        db.exec(command);
+    for (const QString& table : tables)
+        db.exec(command + u' ' + table);
 }
 
 QStringList SuiteSchema::checkIntegrity(SuiteDatabase& db)

@@ -8,7 +8,7 @@ class SuiteDatabase;
 // The suite's tables, created and migrated step by step. The same statements
 // run on SQLite and PostgreSQL (only the self-numbering key column and the
 // storage order of the results are spelled per database; the key collation of
-// step 3 is PostgreSQL's alone). Every step runs in one transaction together
+// step 3 and the covering indexes of step 4 are PostgreSQL's alone). Every step runs in one transaction together
 // with the version it reaches, so a failed step leaves the database at the
 // version before it. Steps only add: no step drops or rewrites stored rows.
 //
@@ -19,10 +19,12 @@ class SuiteDatabase;
 //   3  visits indexed by patient, tab and date; on PostgreSQL, the
 //      patients' search keys compare by code point (collation "C"), so that
 //      their indexes serve prefix searches
+//   4  on PostgreSQL, the visits' index carries the visit and the readings'
+//      key carries the value, so that reports read the indexes alone
 class SuiteSchema
 {
 public:
-    static constexpr int CurrentVersion = 3;
+    static constexpr int CurrentVersion = 4;
 
     // The version of the database's schema; 0 when it has none yet.
     static int version(SuiteDatabase& db);
@@ -43,9 +45,10 @@ public:
     // How many times this process has run checkIntegrity.
     static int checksRun();
 
-    // Brings the statistics of the query planner up to date, after the
-    // tables were created, migrated or filled in bulk.
-    static void refreshStatistics(SuiteDatabase& db);
+    // Brings the statistics of the query planner up to date (of the given
+    // tables, or of all), after the tables were created, migrated or filled
+    // in bulk; on PostgreSQL it vacuums them too. Not inside a transaction.
+    static void refreshStatistics(SuiteDatabase& db, const QStringList& tables = {});
 
     // Every table of the current version.
     static QStringList tableNames();

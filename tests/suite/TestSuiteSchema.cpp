@@ -318,6 +318,40 @@ private slots:
         }
     }
 
+    void aChartsReadingsComeFromTheIndexesAlone()
+    {
+        if (!SuiteTestDatabase::onPostgres())
+            QSKIP("SQLite's indexes end with the visit and its readings are stored in key order already");
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        SuiteSchema::migrate(db, 3);
+        fillVersionOne(db);
+        SuiteSchema::migrate(db);
+        SuiteSchema::refreshStatistics(db);
+        // The tables are tiny, so the planner is kept from reading them whole.
+        db.exec(QStringLiteral("SET enable_seqscan = off"));
+        db.exec(QStringLiteral("SET enable_bitmapscan = off"));
+        QSqlQuery explain = db.exec(
+            QStringLiteral("EXPLAIN (ANALYZE, COSTS OFF) SELECT v.visit_date, r.result_value FROM visits v "
+                           "JOIN results r ON r.visit_id = v.visit_id WHERE v.patient_id = 1 AND v.tab = 0 "
+                           "AND r.table_id = 1 AND r.var_id = 1 AND v.visit_date <= '2024-06-30' "
+                           "ORDER BY v.visit_date, v.visit_id"));
+        QStringList plan;
+        while (explain.next())
+            plan.append(explain.value(0).toString().trimmed());
+        db.exec(QStringLiteral("RESET enable_seqscan"));
+        db.exec(QStringLiteral("RESET enable_bitmapscan"));
+        const QString lines = plan.join(u'\n');
+        QVERIFY2(lines.contains(QLatin1String("Index Only Scan using visits_patient_tab_date")), qPrintable(lines));
+        QVERIFY2(lines.contains(QLatin1String("Index Only Scan using results_pkey")), qPrintable(lines));
+        // Already in the reports' order, and every page marked all-visible by
+        // the vacuum, so no row is read from the tables.
+        QVERIFY2(!lines.contains(QLatin1String("Sort")), qPrintable(lines));
+        QCOMPARE(plan.filter(QStringLiteral("Heap Fetches:")),
+                 (QStringList{QStringLiteral("Heap Fetches: 0"), QStringLiteral("Heap Fetches: 0")}));
+        QVERIFY2(lines.contains(QLatin1String("rows=5 loops=1")), qPrintable(lines));
+    }
+
     void statisticsAreRefreshed()
     {
         SuiteTestDatabase test;
