@@ -701,5 +701,6 @@ void SuiteResultImport::write()
     transaction.commit();
 
     // The planner's figures for the tables that grew.
-    SuiteSchema::refreshStatistics(m_db, {QStringLiteral("patients"), QStringLiteral("visits"), QStringLiteral("results")});
+    SuiteSchema::refreshStatistics(m_db,
+                                   {QStringLiteral("patients"), QStringLiteral("visits"), QStringLiteral("results")});
 }

@@ -69,8 +69,7 @@ int main(int argc, char** argv)
         {
             ++failures;
             if (child.exitStatus() != QProcess::NormalExit)
-                fprintf(stderr, "%s ended abnormally: %s\n", it.key().constData(),
-                        qPrintable(child.errorString()));
+                fprintf(stderr, "%s ended abnormally: %s\n", it.key().constData(), qPrintable(child.errorString()));
         }
     }
     return failures == 0 ? 0 : 1;

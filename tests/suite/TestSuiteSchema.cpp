@@ -331,11 +331,11 @@ private slots:
         // The tables are tiny, so the planner is kept from reading them whole.
         db.exec(QStringLiteral("SET enable_seqscan = off"));
         db.exec(QStringLiteral("SET enable_bitmapscan = off"));
-        QSqlQuery explain = db.exec(
-            QStringLiteral("EXPLAIN (ANALYZE, COSTS OFF) SELECT v.visit_date, r.result_value FROM visits v "
-                           "JOIN results r ON r.visit_id = v.visit_id WHERE v.patient_id = 1 AND v.tab = 0 "
-                           "AND r.table_id = 1 AND r.var_id = 1 AND v.visit_date <= '2024-06-30' "
-                           "ORDER BY v.visit_date, v.visit_id"));
+        QSqlQuery explain =
+            db.exec(QStringLiteral("EXPLAIN (ANALYZE, COSTS OFF) SELECT v.visit_date, r.result_value FROM visits v "
+                                   "JOIN results r ON r.visit_id = v.visit_id WHERE v.patient_id = 1 AND v.tab = 0 "
+                                   "AND r.table_id = 1 AND r.var_id = 1 AND v.visit_date <= '2024-06-30' "
+                                   "ORDER BY v.visit_date, v.visit_id"));
         QStringList plan;
         while (explain.next())
             plan.append(explain.value(0).toString().trimmed());
