@@ -16,10 +16,10 @@ class PrinterTarget;
 // The values the whole program shares while it runs: the engine binding and
 // the user's rights, the chosen subject, the printer, the auto-logout's counts
 // and watching, the unit setting of the last report run, and the program's
-// recorded end. The composition root (main,
-// a tool, a test) owns one and hands it to the main window, which hands it on
-// to what needs it; nothing else keeps program-wide values. A test builds a
-// fresh one, so no test sees what another left behind.
+// recorded end. The composition root (main, a tool, a test) owns one and
+// hands it to the main window, which hands it on to what needs it; nothing
+// else keeps these values. A test builds a fresh one, so no test sees what
+// another left behind.
 //
 // The printers are only named here: they belong to the output layer, which
 // creates them and sets them in (a shared_ptr deletes what it holds without

@@ -66,10 +66,6 @@ public:
 
     // The selected-variables editor of a tab.
     VariableEditor& Editor(int tab) const { return *m_editors.at(std::size_t(tab)); }
-    // The saved-report lists of both tabs.
-    SavedReportList& Lists() const { return *m_lists; }
-    // New, Save, Save As and Delete.
-    ReportCommands& Commands() const { return *m_commands; }
 
     int CurrentTab() const;
     // Makes tab the current tab. The switch handling runs as for the user's
