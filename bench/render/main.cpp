@@ -9,7 +9,7 @@
 // The target is the PDF file target that the batch renderer writes through,
 // or with --printer the program's PDF printer (a QPrinter, as Print uses).
 //
-// The visits are seeded random readings around fixed targets, so that two runs
+// The visits are reproducible random readings around fixed targets, so that two runs
 // draw the same pages.
 
 #include "components/ReportInfo.h"

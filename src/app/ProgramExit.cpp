@@ -3,16 +3,10 @@
 #include <QApplication>
 #include <QWidget>
 
-namespace
+void ProgramExit(ProgramState& state, int exitCode)
 {
-bool g_requested = false;
-int g_exitCode = 0;
-} // namespace
-
-void ProgramExit(int exitCode)
-{
-    g_requested = true;
-    g_exitCode = exitCode;
+    state.exitRequested = true;
+    state.exitCode = exitCode;
     const QList<QWidget*> windows = QApplication::topLevelWidgets();
     for (QWidget* window : windows)
     {
@@ -20,22 +14,6 @@ void ProgramExit(int exitCode)
             window->close();
     }
     // Leaves the event loop; before it runs this does nothing, and the
-    // composition root asks ProgramExitRequested instead.
+    // composition root reads the state instead.
     QCoreApplication::exit(exitCode);
-}
-
-bool ProgramExitRequested()
-{
-    return g_requested;
-}
-
-int ProgramExitCode()
-{
-    return g_exitCode;
-}
-
-void ResetProgramExit()
-{
-    g_requested = false;
-    g_exitCode = 0;
 }

@@ -1,7 +1,6 @@
 #include "app/ProgramMain.h"
 
 #include "CalvexBuildInfo.h"
-#include "app/ProgramExit.h"
 #include "app/ProgramIcon.h"
 #include "app/QtTranslations.h"
 #include "app/frmMain.h"
@@ -31,8 +30,8 @@ int RunMainWindow(ProgramState& state, const std::function<void(frmMain&)>& show
     frmMain window(state);
     window.Form_Load();
     // Before the event loop runs, an end of the program is only recorded.
-    if (ProgramExitRequested())
-        return ProgramExitCode();
+    if (state.exitRequested)
+        return state.exitCode;
     window.show();
     if (shown)
         shown(window);

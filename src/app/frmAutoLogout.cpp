@@ -57,7 +57,7 @@ void frmAutoLogout::StopTimer_Timer()
     RunGuarded([this] {
         m_state.intLogoutElapsed = AddSecond(m_state.intLogoutElapsed);
         txtSeconds->setText(QString::number(LogoutCountdownSeconds - m_state.intLogoutElapsed));
-        Beep();
+        Beep(m_state);
         // blnLogoutPending stays set: the main window's next tick closes the program.
         if (m_state.intLogoutElapsed > LogoutCountdownSeconds)
             Unload();

@@ -184,7 +184,7 @@ void frmMain::Form_Unload()
 void frmMain::EndProgram()
 {
     Unload();
-    ProgramExit();
+    ProgramExit(m_state);
 }
 
 void frmMain::cmdHelp_Click()

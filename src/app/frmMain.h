@@ -32,7 +32,7 @@ public:
     ~frmMain() override;
 
     // The start-up. It ends the program itself when the program cannot go on
-    // (ProgramExitRequested() tells).
+    // (the state's exitRequested tells).
     void Form_Load();
     // Starts "NorrixDBQuery auto" from the suite's program folder and waits for it.
     void RunDatabaseQuery();

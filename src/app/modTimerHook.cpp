@@ -4,38 +4,30 @@
 #include "platform/RuntimeError.h"
 
 #include <QApplication>
-#include <QPointer>
 
 #include <limits>
-
-namespace
-{
-// The installed filter; it belongs to the application object, so that it
-// never outlives it.
-QPointer<ActivityFilter> activityFilter;
-// Beep's sound; empty for the system beep.
-std::function<void()> beepSound;
-} // namespace
 
 void InstallActivityHooks(ProgramState& state)
 {
     if (state.lngLogoutSeconds > 0)
     {
-        if (!activityFilter)
+        if (!state.activityFilter)
         {
-            activityFilter = new ActivityFilter(state, QCoreApplication::instance());
-            QCoreApplication::instance()->installEventFilter(activityFilter);
+            // The filter's parent is the application object, so that it never
+            // outlives it.
+            state.activityFilter = new ActivityFilter(state, QCoreApplication::instance());
+            QCoreApplication::instance()->installEventFilter(state.activityFilter);
         }
         state.intIdleSeconds = 0;
     }
 }
 
-void RemoveActivityHooks(const ProgramState& state)
+void RemoveActivityHooks(ProgramState& state)
 {
-    if (state.lngLogoutSeconds > 0 && activityFilter)
+    if (state.lngLogoutSeconds > 0 && state.activityFilter)
     {
-        QCoreApplication::instance()->removeEventFilter(activityFilter);
-        delete activityFilter.data();
+        QCoreApplication::instance()->removeEventFilter(state.activityFilter);
+        delete state.activityFilter.data();
     }
 }
 
@@ -46,15 +38,10 @@ qint16 AddSecond(qint16 seconds)
     return qint16(seconds + 1);
 }
 
-void Beep()
+void Beep(const ProgramState& state)
 {
-    if (beepSound)
-        beepSound();
+    if (state.beepSound)
+        state.beepSound();
     else
         QApplication::beep();
-}
-
-void SetBeepFunction(std::function<void()> beep)
-{
-    beepSound = std::move(beep);
 }

@@ -2,4 +2,7 @@
 
 // Out of line, so that the engine is released where its type is complete.
 ProgramState::ProgramState() = default;
-ProgramState::~ProgramState() = default;
+ProgramState::~ProgramState()
+{
+    delete activityFilter.data();
+}

@@ -2,6 +2,8 @@
 
 #include "components/CalcEngine.h"
 
+#include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QtGlobal>
 
@@ -13,10 +15,11 @@ class PrinterTarget;
 
 // The values the whole program shares while it runs: the engine binding and
 // the user's rights, the chosen subject, the printer, the auto-logout's counts
-// and the unit setting of the last report run. The composition root (main,
-// a tool, a test) owns one and hands it to the main window, which hands it on
-// to what needs it; nothing else keeps program-wide values. A test builds a
-// fresh one, so no test sees what another left behind.
+// and watching, the unit setting of the last report run, and the program's
+// recorded end. The composition root (main, a tool, a test) owns one and
+// hands it to the main window, which hands it on to what needs it; nothing
+// else keeps these values. A test builds a fresh one, so no test sees what
+// another left behind.
 //
 // The printers are only named here: they belong to the output layer, which
 // creates them and sets them in (a shared_ptr deletes what it holds without
@@ -63,8 +66,21 @@ struct ProgramState
     bool blnLogoutPending = false;
     // Seconds the countdown has run.
     qint16 intLogoutElapsed = 0;
+    // The watching of the user's input (an ActivityFilter on the application
+    // object) while it is installed; the state deletes it when it goes, so
+    // that no watching outlives the counts it resets.
+    QPointer<QObject> activityFilter;
+    // The sound of the countdown's Beep; empty for the system beep. Tests
+    // count the beeps through it.
+    std::function<void()> beepSound;
 
     // The site reports in SI units: read afresh from the setting "SI Unit" by
     // every report run, which hands it on to the store and the layouts.
     bool blnSIUnits = false;
+
+    // The program's end (ProgramExit): whether it was asked for, and its exit
+    // code. The composition root, which runs the start-up before it enters
+    // the event loop, reads them to tell that the start-up ended the program.
+    bool exitRequested = false;
+    int exitCode = 0;
 };

@@ -1,14 +1,15 @@
-// Save, Save As and Delete of the current tab's definition, and the rules
-// that enable New, Save, Save As and Delete.
-#include "reports/ReportTabsPanel.h"
+// New, Save, Save As and Delete of the current tab's definition, and the
+// rules that enable their buttons.
+#include "reports/ReportCommands.h"
 
 #include "components/QCReportStore.h"
-#include "components/modCalcObject.h"
 #include "platform/MessageService.h"
 #include "platform/RuntimeError.h"
 #include "platform/modResource.h"
+#include "reports/VariableEditor.h"
 #include "reports/frmSaveAs.h"
 #include "widgets/ComboList.h"
+#include "widgets/EventGuard.h"
 
 #include <QSignalBlocker>
 
@@ -29,26 +30,95 @@ void removeSelectedItem(QComboBox* list)
     list->removeItem(list->currentIndex());
     list->setCurrentIndex(-1);
 }
+
+QPushButton* makeButton(QWidget* parent, const char* name, const QString& caption)
+{
+    auto* button = new QPushButton(caption, parent);
+    button->setObjectName(QLatin1String(name));
+    button->setAutoDefault(false);
+    return button;
+}
 } // namespace
 
-qint32 ReportTabsPanel::SaveReportDefinition(QCReportStore& store, const QString& Name)
+ReportCommands::ReportCommands(MainWindowHost& host, const QTabWidget& tabs, SavedReportList& lists,
+                               const std::array<VariableEditor*, TabCount>& editors,
+                               const ReportRequestBuilder& request, QWidget* parent)
+    : QObject(parent)
+    , m_host(host)
+    , m_tabs(tabs)
+    , m_lists(lists)
+    , m_editors(editors)
+    , m_request(request)
+{
+    cmdNew = makeButton(parent, "cmdNew", QStringLiteral("&New"));
+    cmdSave = makeButton(parent, "cmdSave", QStringLiteral("&Save"));
+    cmdSaveAs = makeButton(parent, "cmdSaveAs", QStringLiteral("Save &As"));
+    cmdDelete = makeButton(parent, "cmdDelete", QStringLiteral("&Delete"));
+
+    connect(cmdNew, &QPushButton::clicked, this, [this] { RunGuarded([this] { cmdNew_Click(); }, m_host.MsgTitle()); });
+    // Save, Save As and Delete show their own errors.
+    connect(cmdSave, &QPushButton::clicked, this, [this] { cmdSave_Click(); });
+    connect(cmdSaveAs, &QPushButton::clicked, this, [this] { cmdSaveAs_Click(); });
+    connect(cmdDelete, &QPushButton::clicked, this, [this] { cmdDelete_Click(); });
+
+    connect(&m_lists, &SavedReportList::newDefinitionChosen, this, [this](int tab) { newDefinitionChosen(tab); });
+    connect(&m_lists, &SavedReportList::deletableChosen, cmdDelete, &QPushButton::setEnabled);
+    connect(&m_lists, &SavedReportList::definitionLoaded, this, [this](int tab) { UpdateSaveAsButton(tab); });
+}
+
+void ReportCommands::newDefinitionChosen(int tab)
+{
+    UpdateSaveAsButton(tab);
+    cmdDelete->setEnabled(false);
+    cmdNew_Click();
+}
+
+void ReportCommands::cmdNew_Click()
+{
+    const int tab = currentTab();
+    if (!m_host.ConfirmDiscardChanges(tab, GetResourceText(4063)))
+        return;
+
+    // Leaving a saved definition for the placeholder runs this procedure once
+    // more from the list's handler; both runs end in the same state.
+    ComboList::SetListIndex(m_lists.cboReports[tab], 0);
+    m_editors.at(std::size_t(tab))->Clear();
+    UpdateSaveAsButton(tab);
+
+    m_host.ResetDateRange();
+    m_host.SetReportDirty(tab, false);
+}
+
+void ReportCommands::UpdateSaveAsButton(int Index)
+{
+    cmdSaveAs->setEnabled(m_host.State().blnCanEditReports &&
+                          m_editors.at(std::size_t(Index))->msfgVariable->Rows() >= 3);
+}
+
+void ReportCommands::DisableEditing()
+{
+    for (QPushButton* button : {cmdNew, cmdSave, cmdSaveAs, cmdDelete})
+        button->setEnabled(false);
+}
+
+qint32 ReportCommands::SaveReportDefinition(QCReportStore& store, const QString& Name)
 {
     // An empty grid gives BuildReportInfo nothing to fill, not even the tab:
     // the record carries the current tab beforehand, so the definition is
     // filed where it was made.
     ReportInfo info;
-    info.TestTab = qint16(CurrentTab());
-    BuildReportInfo(qint16(CurrentTab()), info);
+    info.TestTab = qint16(currentTab());
+    m_request.BuildReportInfo(qint16(currentTab()), info);
     return store.SaveReport(Name, info);
 }
 
-void ReportTabsPanel::DeleteSelectedReport(QCReportStore& store)
+void ReportCommands::DeleteSelectedReport(QCReportStore& store)
 {
-    QComboBox* list = cboReports[CurrentTab()];
+    QComboBox* list = m_lists.cboReports[currentTab()];
     store.DeleteReport(ComboList::ItemData(list, list->currentIndex()), QString());
 }
 
-void ReportTabsPanel::cmdSave_Click()
+void ReportCommands::cmdSave_Click()
 {
     // A save replaces the stored definition: the stored copy is deleted and
     // the grid saved anew under the list's text, with a new ID. The
@@ -58,8 +128,8 @@ void ReportTabsPanel::cmdSave_Click()
     // the stored definition and the list item as they were; the error is then
     // shown with the exclamation icon. That guard against data loss is the one
     // addition to what Save has always done.
-    const int tab = CurrentTab();
-    QComboBox* list = cboReports[tab];
+    const int tab = currentTab();
+    QComboBox* list = m_lists.cboReports[tab];
     std::unique_ptr<QCReportStore> store;
     bool inTransaction = false;
     try
@@ -94,15 +164,15 @@ void ReportTabsPanel::cmdSave_Click()
     }
 }
 
-void ReportTabsPanel::cmdSaveAs_Click()
+void ReportCommands::cmdSaveAs_Click()
 {
-    const int tab = CurrentTab();
+    const int tab = currentTab();
     std::unique_ptr<QCReportStore> store;
     try
     {
         QString name;
         {
-            frmSaveAs dialog(m_host.MsgTitle(), window());
+            frmSaveAs dialog(m_host.MsgTitle(), cmdSaveAs->window());
             dialog.exec();
             name = dialog.m_strName;
         }
@@ -114,7 +184,7 @@ void ReportTabsPanel::cmdSaveAs_Click()
         store.reset();
 
         // The new item is selected without opening it: the grid already holds it.
-        QComboBox* list = cboReports[tab];
+        QComboBox* list = m_lists.cboReports[tab];
         m_host.SetLoading(true);
         ComboList::AddItem(list, name);
         ComboList::SetItemData(list, list->count() - 1, newId);
@@ -130,10 +200,10 @@ void ReportTabsPanel::cmdSaveAs_Click()
     }
 }
 
-void ReportTabsPanel::cmdDelete_Click()
+void ReportCommands::cmdDelete_Click()
 {
-    const int tab = CurrentTab();
-    QComboBox* list = cboReports[tab];
+    const int tab = currentTab();
+    QComboBox* list = m_lists.cboReports[tab];
     std::unique_ptr<QCReportStore> store;
     try
     {
@@ -157,12 +227,12 @@ void ReportTabsPanel::cmdDelete_Click()
     }
 }
 
-void ReportTabsPanel::UpdateReportButtons()
+void ReportCommands::UpdateReportButtons()
 {
     if (m_host.State().blnCanEditReports)
     {
         EnableNewButton();
-        UpdateSaveAsButton(CurrentTab());
+        UpdateSaveAsButton(currentTab());
         UpdateDeleteButton();
     }
     else
@@ -174,14 +244,14 @@ void ReportTabsPanel::UpdateReportButtons()
     }
 }
 
-void ReportTabsPanel::EnableNewButton()
+void ReportCommands::EnableNewButton()
 {
     cmdNew->setEnabled(m_host.State().blnCanEditReports);
 }
 
-void ReportTabsPanel::UpdateDeleteButton()
+void ReportCommands::UpdateDeleteButton()
 {
-    QComboBox* list = cboReports[CurrentTab()];
+    QComboBox* list = m_lists.cboReports[currentTab()];
     const qint32 id = ComboList::ItemData(list, list->currentIndex());
     if (id > 0)
         cmdDelete->setEnabled(createStore()->CanDeleteReport(id, QString()));

@@ -1,6 +1,5 @@
 #include "reports/ReportTabsPanel.h"
 
-#include "components/modCalcObject.h"
 #include "platform/VbConversions.h"
 #include "reports/NamedControls.h"
 #include "widgets/ComboList.h"
@@ -9,18 +8,6 @@
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
-
-namespace
-{
-
-QPushButton* makeButton(QWidget* parent, const char* name, const QString& caption)
-{
-    auto* button = new QPushButton(caption, parent);
-    button->setObjectName(QLatin1String(name));
-    button->setAutoDefault(false);
-    return button;
-}
-} // namespace
 
 ReportTabsPanel::ReportTabsPanel(MainWindowHost& host, QWidget* parent)
     : QWidget(parent)
@@ -32,42 +19,40 @@ ReportTabsPanel::ReportTabsPanel(MainWindowHost& host, QWidget* parent)
 
     sstabReportTabs = new QTabWidget(this);
     sstabReportTabs->setObjectName(QStringLiteral("sstabReportTabs"));
-    sstabReportTabs->addTab(buildTab(0), QStringLiteral("Pulmonary Function (PF)"));
-    sstabReportTabs->addTab(buildTab(1), QStringLiteral("Gas Exchange (GX)"));
+    // Each page holds its saved-report list first, then its editor's
+    // controls, which is the order the Tab key walks them.
+    std::array<QWidget*, TabCount> pages{};
+    for (int i = 0; i < TabCount; ++i)
+    {
+        pages[i] = new QWidget;
+        pages[i]->setObjectName(NamedControls::IndexedName("tabPage", i));
+    }
+    m_lists = new SavedReportList(m_host, *sstabReportTabs, pages, m_editors, this);
+    cboReports = m_lists->cboReports;
+    sstabReportTabs->addTab(buildTab(0, pages[0]), QStringLiteral("Pulmonary Function (PF)"));
+    sstabReportTabs->addTab(buildTab(1, pages[1]), QStringLiteral("Gas Exchange (GX)"));
     layout->addWidget(sstabReportTabs, 1);
 
+    m_request = std::make_unique<ReportRequestBuilder>(m_host, *sstabReportTabs, m_editors);
+    m_commands = new ReportCommands(m_host, *sstabReportTabs, *m_lists, m_editors, *m_request, this);
+    cmdNew = m_commands->cmdNew;
+    cmdSave = m_commands->cmdSave;
+    cmdSaveAs = m_commands->cmdSaveAs;
+    cmdDelete = m_commands->cmdDelete;
     auto* buttons = new QHBoxLayout;
-    cmdNew = makeButton(this, "cmdNew", QStringLiteral("&New"));
-    cmdSave = makeButton(this, "cmdSave", QStringLiteral("&Save"));
-    cmdSaveAs = makeButton(this, "cmdSaveAs", QStringLiteral("Save &As"));
-    cmdDelete = makeButton(this, "cmdDelete", QStringLiteral("&Delete"));
     for (QPushButton* button : {cmdNew, cmdSave, cmdSaveAs, cmdDelete})
         buttons->addWidget(button);
     buttons->addStretch(1);
     layout->addLayout(buttons);
 
-    for (int i = 0; i < TabCount; ++i)
-    {
-        connect(cboReports[i], &QComboBox::currentIndexChanged, this, [this, i](int position) {
-            if (position >= 0)
-                cboReports_Click(i);
-        });
-    }
     connect(sstabReportTabs, &QTabWidget::currentChanged, this, [this] {
         if (!m_host.IsLoading())
             RunGuarded([this] { sstabReportTabs_Click(); }, m_host.MsgTitle());
     });
-    connect(cmdNew, &QPushButton::clicked, this, [this] { RunGuarded([this] { cmdNew_Click(); }, m_host.MsgTitle()); });
-    // Save, Save As and Delete show their own errors.
-    connect(cmdSave, &QPushButton::clicked, this, [this] { cmdSave_Click(); });
-    connect(cmdSaveAs, &QPushButton::clicked, this, [this] { cmdSaveAs_Click(); });
-    connect(cmdDelete, &QPushButton::clicked, this, [this] { cmdDelete_Click(); });
 }
 
-QWidget* ReportTabsPanel::buildTab(int Index)
+QWidget* ReportTabsPanel::buildTab(int Index, QWidget* page)
 {
-    auto* page = new QWidget;
-    page->setObjectName(NamedControls::IndexedName("tabPage", Index));
     const bool pf = Index == 0;
 
     // Label numbers of the window's label array: the captions of the first
@@ -87,7 +72,6 @@ QWidget* ReportTabsPanel::buildTab(int Index)
         return lbl;
     };
 
-    cboReports[Index] = NamedControls::MakeList(page, "cboReports", Index);
     auto* editor = new VariableEditor(Index, m_host, m_intPrevTableIndex, page);
     m_editors[std::size_t(Index)] = editor;
     cboTable[Index] = editor->cboTable;
@@ -105,7 +89,7 @@ QWidget* ReportTabsPanel::buildTab(int Index)
     msfgVariable[Index] = editor->msfgVariable;
     // Save As follows the rows of the tab's grid; a "show in" box marks the
     // definition of the tab shown.
-    connect(editor, &VariableEditor::rowsChanged, this, [this, Index] { UpdateSaveAsButton(Index); });
+    connect(editor, &VariableEditor::rowsChanged, this, [this, Index] { m_commands->UpdateSaveAsButton(Index); });
     connect(editor, &VariableEditor::showInClicked, this, [this] { m_host.SetReportDirty(CurrentTab(), true); });
 
     auto* pageLayout = new QVBoxLayout(page);
@@ -165,19 +149,12 @@ void ReportTabsPanel::sstabReportTabs_Click()
     if (found >= 0)
         ComboList::SetListIndex(cboReports[tab], found);
     m_host.SetLoading(false);
-    UpdateSaveAsButton(tab);
-}
-
-void ReportTabsPanel::UpdateSaveAsButton(int Index)
-{
-    cmdSaveAs->setEnabled(m_host.State().blnCanEditReports && msfgVariable[Index]->Rows() >= 3);
+    m_commands->UpdateSaveAsButton(tab);
 }
 
 void ReportTabsPanel::DisableEditing()
 {
-    for (QWidget* control : {static_cast<QWidget*>(cmdNew), static_cast<QWidget*>(cmdSave),
-                             static_cast<QWidget*>(cmdSaveAs), static_cast<QWidget*>(cmdDelete)})
-        control->setEnabled(false);
+    m_commands->DisableEditing();
     for (VariableEditor* editor : m_editors)
         editor->DisableEditing();
 }

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "components/ReportInfo.h"
-#include "platform/Recordset.h"
 #include "reports/MainWindowHost.h"
+#include "reports/ReportCommands.h"
+#include "reports/ReportRequestBuilder.h"
+#include "reports/SavedReportList.h"
 #include "reports/VariableEditor.h"
 #include "reports/VariableGridCells.h"
 #include "widgets/FlexGrid.h"
@@ -16,20 +18,18 @@
 
 #include <array>
 #include <map>
-
-class QCReportStore;
+#include <memory>
 
 // The report definitions part of the main window: the tab strip with one page
 // per test type (0 = pulmonary function, 1 = gas exchange), each with its
-// saved-report list, its variable catalogue, the editor of the selected
+// saved-report list, its variable catalogue and the editor of the selected
 // variables, and the New / Save / Save As / Delete buttons below the tabs.
 //
-// Each tab's catalogue lists and selected-variables grid are a VariableEditor
-// of their own. The panel's procedures live in files by concern:
-// ReportTabsPanel.cpp builds the tabs and keeps the tab switch,
-// ReportList.cpp the saved-report lists, opening and New, ReportCommands.cpp
-// Save, Save As, Delete and the rules of their buttons, ReportRequest.cpp the
-// report request built from a tab's grid.
+// The panel composes the classes that own those controls and lays their
+// controls out: the SavedReportList of both tabs, a VariableEditor per tab,
+// the ReportCommands below the tabs, and the ReportRequestBuilder that turns
+// a tab into a report request. It keeps the tab switch, and lists the
+// controls in the window's control arrays.
 class ReportTabsPanel final : public QWidget
 {
     Q_OBJECT
@@ -42,8 +42,8 @@ public:
     explicit ReportTabsPanel(MainWindowHost& host, QWidget* parent = nullptr);
 
     // The controls, by their system names (objectName "name(index)"). The
-    // variable controls of each tab belong to its editor and are listed here
-    // as the window's control arrays.
+    // lists, the variable controls and the buttons belong to the classes
+    // above and are listed here as the window's control arrays.
     QTabWidget* sstabReportTabs = nullptr;
     std::array<QComboBox*, TabCount> cboReports{};
     std::array<QComboBox*, TabCount> cboTable{};
@@ -88,29 +88,16 @@ public:
     // Rows shown in the graph, and rows shown in the table.
     std::array<qint32, 2> CountShownVariables(qint16 Index) const { return Editor(Index).CountShownVariables(); }
 
-    // Start-up listing: the placeholder item on each tab, then every saved
-    // definition on its tab. Errors reach the caller.
-    void ListSavedReports();
-    // Selects the first saved definition of each tab, which opens it.
-    void SelectFirstReports();
-    void cboReports_Click(int Index);
-    void cmdNew_Click();
-    void UpdateSaveAsButton(int Index);
+    // The lists' work, for the start-up: the saved definitions listed on
+    // their tabs (errors reach the caller), then the first of each opened.
+    void ListSavedReports() { m_lists->ListSavedReports(); }
+    void SelectFirstReports() { m_lists->SelectFirstReports(); }
 
-    // Save replaces the stored definition of the list's current item by the
-    // grid's; Save As stores the grid under a new name; Delete removes the
-    // current item's definition. Each shows its own errors.
-    void cmdSave_Click();
-    void cmdSaveAs_Click();
-    void cmdDelete_Click();
-    // Stores the current tab's grid under Name through store; the new ID.
-    qint32 SaveReportDefinition(QCReportStore& store, const QString& Name);
-    // Deletes the definition of the current tab's selected list item.
-    void DeleteSelectedReport(QCReportStore& store);
-    // The edit right applied to New, Save, Save As and Delete again.
-    void UpdateReportButtons();
-    void EnableNewButton();
-    void UpdateDeleteButton();
+    // The commands' work, for the start-up and the window's timer.
+    void cmdNew_Click() { m_commands->cmdNew_Click(); }
+    void UpdateReportButtons() { m_commands->UpdateReportButtons(); }
+    void EnableNewButton() { m_commands->EnableNewButton(); }
+    void UpdateDeleteButton() { m_commands->UpdateDeleteButton(); }
 
     // The user's switch to another tab: the list follows the definition the
     // tab's grid holds.
@@ -122,13 +109,15 @@ public:
     // The report request of tab: its grid's rows (names made unique), the
     // subject and the date boxes. The number of variables put in; 0 leaves
     // info as it was.
-    qint32 BuildReportInfo(qint16 tab, ReportInfo& info) const;
+    qint32 BuildReportInfo(qint16 tab, ReportInfo& info) const { return m_request->BuildReportInfo(tab, info); }
 
 private:
-    QWidget* buildTab(int Index);
+    QWidget* buildTab(int Index, QWidget* page);
 
     MainWindowHost& m_host;
     std::array<VariableEditor*, TabCount> m_editors{};
-    std::array<qint32, TabCount> m_lngPrevReportIndex{};
+    SavedReportList* m_lists = nullptr;
+    std::unique_ptr<ReportRequestBuilder> m_request;
+    ReportCommands* m_commands = nullptr;
     int m_intPrevTableIndex = 0; // the table list position last taken, on either tab
 };

@@ -5,7 +5,6 @@
 #include "reports/VariableEditor.h"
 
 #include "components/QCReportStore.h"
-#include "components/modCalcObject.h"
 #include "platform/MessageService.h"
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"

@@ -47,14 +47,6 @@ SelectedVariable VariableGridCells::Read(const FlexGrid& grid, int row)
     return variable;
 }
 
-void VariableGridCells::Write(FlexGrid& grid, int row, const SelectedVariable& variable)
-{
-    WriteTexts(grid, row,
-               {variable.Table, variable.Variable, variable.Unit, FlagText(variable.ShowInGraph),
-                FlagText(variable.ShowInTable), QString::number(variable.TableID), QString::number(variable.VarID),
-                QString::number(variable.DecimalPlaces)});
-}
-
 void VariableGridCells::WriteTexts(FlexGrid& grid, int row, const std::array<QString, ColumnCount>& texts)
 {
     for (int c = 0; c < ColumnCount; ++c)

@@ -39,7 +39,6 @@ public:
 
     // The whole row; the numbers must be numbers (type mismatch otherwise).
     static SelectedVariable Read(const FlexGrid& grid, int row);
-    static void Write(FlexGrid& grid, int row, const SelectedVariable& variable);
     // The cells as texts, in column order, for a row read from a store.
     static void WriteTexts(FlexGrid& grid, int row, const std::array<QString, ColumnCount>& texts);
 

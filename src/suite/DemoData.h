@@ -5,7 +5,7 @@
 
 class SuiteDatabase;
 
-// The demo database: a deterministic, seeded data set that shows every part
+// The demo database: a deterministic, reproducible data set that shows every part
 // of the program on a fresh installation.
 //
 // - Users: "labmanager" (rights 500 and 501, auto-logout after 30 minutes),

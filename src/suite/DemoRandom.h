@@ -2,7 +2,7 @@
 
 #include <QtGlobal>
 
-// A small seeded random source (SplitMix64) whose sequence is the same on
+// A small reproducible random source (SplitMix64) whose sequence is the same on
 // every platform and compiler, unlike the distributions of the standard
 // library, so that the demo data are the same everywhere.
 class DemoRandom

@@ -18,19 +18,17 @@ struct AutoLogoutFixture
     explicit AutoLogoutFixture(qint32 logoutMinutes)
     {
         main.engine->logoutMinutes = logoutMinutes;
-        SetBeepFunction([this] {
+        state().beepSound = [this] {
             const frmAutoLogout* countdown = window().findChild<frmAutoLogout*>();
             beeps.append(countdown ? countdown->txtSeconds->text() : QStringLiteral("no countdown"));
-        });
+        };
     }
 
     ~AutoLogoutFixture()
     {
-        SetBeepFunction({});
-        // Whatever the test left installed goes, so that the next test starts
-        // unwatched and no watching outlives the state it resets.
-        state().lngLogoutSeconds = 1;
-        RemoveActivityHooks(state());
+        // The beeps are recorded into this fixture, which goes before the
+        // window; the watching the test left installed goes with the state.
+        state().beepSound = {};
     }
 
     // Runs the start-up; the test drives the ticks itself.

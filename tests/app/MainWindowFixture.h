@@ -1,6 +1,5 @@
 #pragma once
 
-#include "app/ProgramExit.h"
 #include "app/StartupPrinter.h"
 #include "app/frmMain.h"
 #include "app/modTimerHook.h"
@@ -34,7 +33,6 @@ struct MainWindowFixture
         // The start-up must clear these itself.
         state.blnPrinterWarned = true;
         state.blnLogoutPending = true;
-        ResetProgramExit();
         Clock::pin(QDateTime(QDate(2024, 6, 15), QTime(9, 30)));
         FakeCatalogue::install(*store);
         state.printerSource = [this] { return printer; };
@@ -50,7 +48,6 @@ struct MainWindowFixture
     ~MainWindowFixture()
     {
         window.reset();
-        ResetProgramExit();
         Clock::pin(QDateTime());
     }
 

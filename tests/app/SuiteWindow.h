@@ -19,7 +19,7 @@ inline std::unique_ptr<frmMain> StartSuiteWindow(ProgramState& state, const Reco
 {
     auto window = std::make_unique<frmMain>(state);
     window->Form_Load();
-    if (boxes.count() != 0 || ProgramExitRequested())
+    if (boxes.count() != 0 || state.exitRequested)
         return nullptr;
     window->show();
     if (!QTest::qWaitForWindowExposed(window.get()))
@@ -27,12 +27,11 @@ inline std::unique_ptr<frmMain> StartSuiteWindow(ProgramState& state, const Reco
     return window;
 }
 
-// Forgets the suite's components and the end of the program after a test.
+// Forgets the suite's components after a test.
 inline void ForgetSuiteComponents()
 {
     for (const QString& classId :
          {QCReportStore::ClassId, CalcEngine::ClassId, PatientQuery::ClassId, StringServer::ClassId})
         ComponentFactory::unregisterClass(classId);
     ResetResourceServer();
-    ResetProgramExit();
 }

@@ -138,7 +138,7 @@ private slots:
                               QStringLiteral("released")}));
         QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
         // The program ends because its last window has closed, not through Cancel's end.
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state().exitRequested);
         QCOMPARE(f.main.boxes.count(), 0);
 
         // The window is gone: later ticks start no second shutdown.
@@ -283,6 +283,19 @@ private slots:
         f.state().intIdleSeconds = 9;
         QTest::keyClick(&f.window(), Qt::Key_A);
         QCOMPARE(f.state().intIdleSeconds, qint16(9));
+    }
+
+    void theWatchingGoesWithTheState()
+    {
+        {
+            AutoLogoutFixture f(1);
+            f.start();
+            QCOMPARE(AutoLogoutFixture::installedFilters(), 1);
+            // Without a limit neither the shutdown nor RemoveActivityHooks
+            // removes the watching; the state's end does.
+            f.state().lngLogoutSeconds = 0;
+        }
+        QCOMPARE(AutoLogoutFixture::installedFilters(), 0);
     }
 
     void installingTwiceWatchesOnceAndRestartsTheCount()

@@ -106,7 +106,7 @@ private slots:
         // Nothing was read or written on the way out.
         QVERIFY(f.main.store->calls.isEmpty());
         QCOMPARE(f.beeps.size(), 16);
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state().exitRequested);
         QVERIFY(f.quietTicks(2));
         QCOMPARE(f.main.engine->calls.size(), 2);
     }

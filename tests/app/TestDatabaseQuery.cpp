@@ -71,7 +71,7 @@ private slots:
         QCOMPARE(f.boxes.boxes().at(1).title, QStringLiteral("T4052"));
         QVERIFY(f.toolRuns().isEmpty());
         // The start-up goes on without the tool.
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
         QCOMPARE(f.tabs().cboReports[1]->currentIndex(), 1);
     }
 
@@ -94,7 +94,7 @@ private slots:
         QCOMPARE(f.boxes.last().text, QStringLiteral("T4081"));
         QCOMPARE(f.boxes.last().style, 48);
         QCOMPARE(f.boxes.last().title, QStringLiteral("T4052"));
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
         QCOMPARE(f.tabs().cboReports[0]->currentIndex(), 1);
     }
 
@@ -121,7 +121,7 @@ private slots:
         MainWindowFixture::writeTool(f.toolFolder(), QStringLiteral("exit 3\n"));
         f.window->Form_Load();
         QCOMPARE(f.boxes.count(), 0);
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
     }
 };
 

@@ -43,7 +43,7 @@ private slots:
         for (const RecordingMessageService::Box& box : boxes.boxes())
             qWarning() << "box:" << box.text << box.style << box.title;
         QCOMPARE(boxes.count(), 0);
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!state.exitRequested);
 
         // The lists hold what the store lists, tab by tab, after the placeholder.
         auto store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);

@@ -33,7 +33,7 @@ private slots:
             QSKIP("runs on the screens of everyControlCanBeReachedOnEveryScreen");
         MainWindowFixture f;
         f.window->Form_Load();
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
         f.window->show();
         QVERIFY(QTest::qWaitForWindowExposed(f.window.get()));
 

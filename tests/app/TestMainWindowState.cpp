@@ -24,7 +24,7 @@ private slots:
         MainWindowFixture f;
         f.engine->rights = {CalcEngine::RightRunReports};
         f.window->Form_Load();
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
         for (const char* name : kEditingControls)
             QVERIFY2(!f.control<QWidget>(QLatin1String(name))->isEnabled(), name);
         for (const char* name : {"cboReports(0)", "cboReports(1)", "cmdPreview", "cmdPrint", "cmdPrintSetup", "cmdFind",

@@ -25,7 +25,7 @@ private slots:
                  QStringList({QStringLiteral("PatientNotify 10 6 0 QC-1"), QStringLiteral("CloseApplication 6 false"),
                               QStringLiteral("released")}));
         QVERIFY(!f.state.objCalc);
-        QVERIFY(ProgramExitRequested());
+        QVERIFY(f.state.exitRequested);
         QVERIFY(f.window->IsUnloaded());
         QVERIFY(!f.window->isVisible());
     }
@@ -54,7 +54,7 @@ private slots:
         QCOMPARE(f.engine->calls, QStringList({QStringLiteral("PatientNotify 10 6 0 QC-9"),
                                                QStringLiteral("CloseApplication 6 true"), QStringLiteral("released")}));
         // Closing by the auto-logout is no Cancel: the program ends because its last window closed.
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
     }
 
     void startUpClearsAnEarlierAutoLogoutFlag()

@@ -20,7 +20,7 @@ class TestStartupFailures : public QObject
     // The program ended: the window ran its shutdown and no store was asked anything.
     static void verifyEndedBeforeTheLists(MainWindowFixture& f)
     {
-        QVERIFY(ProgramExitRequested());
+        QVERIFY(f.state.exitRequested);
         QVERIFY(f.window->IsUnloaded());
         QVERIFY(f.store->calls.isEmpty());
         QVERIFY(f.window->Splash() == nullptr);
@@ -94,7 +94,7 @@ private slots:
         MainWindowFixture f;
         f.store->listReports = [] { return onlyFirstTabReports(); };
         f.window->Form_Load();
-        QVERIFY(ProgramExitRequested());
+        QVERIFY(f.state.exitRequested);
         QVERIFY(f.window->IsUnloaded());
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.boxes.last().text, QStringLiteral("Invalid property value"));
@@ -120,7 +120,7 @@ private slots:
         QVERIFY(!f.state.objPrint);
         QCOMPARE(f.state.strStartupPrinter, QString());
         QVERIFY(!f.state.blnPrinterWarned);
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
         QCOMPARE(f.tabs().cboReports[1]->currentIndex(), 1);
         QCOMPARE(f.tabs().msfgVariable[1]->Rows(), 5);
         QVERIFY(f.window->Splash() == nullptr);
@@ -133,7 +133,7 @@ private slots:
             throw RuntimeError(5, QStringLiteral("Printer"), QStringLiteral("Invalid procedure call or argument"));
         };
         f.window->Form_Load();
-        QVERIFY(ProgramExitRequested());
+        QVERIFY(f.state.exitRequested);
         QCOMPARE(f.boxes.last().text, QStringLiteral("Invalid procedure call or argument"));
         QCOMPARE(f.boxes.last().style, 16);
         QVERIFY(f.window->Splash() == nullptr);
@@ -150,7 +150,7 @@ private slots:
             return rs;
         };
         f.window->Form_Load();
-        QVERIFY(ProgramExitRequested());
+        QVERIFY(f.state.exitRequested);
         QVERIFY(f.window->IsUnloaded());
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.boxes.last().text, QStringLiteral("Invalid use of Null"));
@@ -168,7 +168,7 @@ private slots:
                             : FakeCatalogue::tables(tab);
         };
         f.window->Form_Load();
-        QVERIFY(ProgramExitRequested());
+        QVERIFY(f.state.exitRequested);
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.boxes.last().text, QStringLiteral("Invalid property value"));
         QVERIFY(!f.store->calls.contains(QStringLiteral("ListTables 1")));
@@ -179,7 +179,7 @@ private slots:
         MainWindowFixture f;
         f.store->failOn = QStringLiteral("ListReports");
         f.window->Form_Load();
-        QVERIFY(ProgramExitRequested());
+        QVERIFY(f.state.exitRequested);
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.boxes.last().text, QStringLiteral("The store failed in ListReports"));
         QCOMPARE(f.boxes.last().style, 16);
@@ -191,7 +191,7 @@ private slots:
         MainWindowFixture f;
         f.store->failOn = QStringLiteral("OpenReport 3");
         f.window->Form_Load();
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.boxes.last().text, QStringLiteral("The store failed in OpenReport 3"));
         QCOMPARE(f.boxes.last().style, 48);

@@ -125,7 +125,7 @@ private slots:
                                         QStringLiteral("store OpenReport 3 si=0"),
                                         QStringLiteral("splash closed"),
                                     }));
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
         QVERIFY(!f.window->IsUnloaded());
     }
 
@@ -278,7 +278,7 @@ private slots:
         });
         f.window->Form_Load();
         QCOMPARE(f.boxes.count(), 0);
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
         QCOMPARE(f.tabs().cboReports[1]->currentIndex(), 1);
     }
 };

@@ -52,7 +52,7 @@ private slots:
         Fixture f;
         f.start();
         QCOMPARE(f.boxes.count(), 0);
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!f.state.exitRequested);
         QCOMPARE(f.box(1).Text(), QStringLiteral("06/15/2024"));
         QCOMPARE(f.box(0).Text(), QString());
         QVERIFY(f.window->DateRange()->ValidateDateRange());

@@ -31,7 +31,7 @@ private slots:
         frmMain window{state};
         window.Form_Load();
         QCOMPARE(boxes.count(), 0);
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!state.exitRequested);
 
         ReportTabsPanel& tabs = *window.ReportTabs();
         const auto label = [&window](int number) {

@@ -1,16 +1,16 @@
-// The saved-report lists of the tabs: listing at start-up, opening a
-// definition into its tab's grid, and starting a new definition.
-#include "reports/ReportTabsPanel.h"
+// The saved-report lists of the tabs: listing at start-up and opening a
+// definition into its tab's grid.
+#include "reports/SavedReportList.h"
 
 #include "components/QCReportStore.h"
-#include "components/modCalcObject.h"
 #include "platform/MessageService.h"
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"
 #include "platform/SIUnitSetting.h"
 #include "platform/VbConversions.h"
 #include "platform/modResource.h"
-#include "reports/VariableGridCells.h"
+#include "reports/NamedControls.h"
+#include "reports/VariableEditor.h"
 #include "widgets/ComboList.h"
 
 #include <QSignalBlocker>
@@ -29,7 +29,24 @@ constexpr qint32 NoSuchControlArrayElement = 340;
 
 } // namespace
 
-void ReportTabsPanel::ListSavedReports()
+SavedReportList::SavedReportList(MainWindowHost& host, QTabWidget& tabs, const std::array<QWidget*, TabCount>& pages,
+                                 const std::array<VariableEditor*, TabCount>& editors, QObject* parent)
+    : QObject(parent)
+    , m_host(host)
+    , m_tabs(tabs)
+    , m_editors(editors)
+{
+    for (int i = 0; i < TabCount; ++i)
+    {
+        cboReports[i] = NamedControls::MakeList(pages[i], "cboReports", i);
+        connect(cboReports[i], &QComboBox::currentIndexChanged, this, [this, i](int position) {
+            if (position >= 0)
+                cboReports_Click(i);
+        });
+    }
+}
+
+void SavedReportList::ListSavedReports()
 {
     for (int i = 0; i < TabCount; ++i)
     {
@@ -66,7 +83,7 @@ void ReportTabsPanel::ListSavedReports()
     }
 }
 
-void ReportTabsPanel::SelectFirstReports()
+void SavedReportList::SelectFirstReports()
 {
     // The count includes the placeholder, so position 1 is asked for even on a
     // tab without saved definitions, where it does not exist.
@@ -74,7 +91,7 @@ void ReportTabsPanel::SelectFirstReports()
         ComboList::SetListIndex(cboReports[t], cboReports[t]->count() != 0 ? 1 : 0);
 }
 
-void ReportTabsPanel::cboReports_Click(int Index)
+void SavedReportList::cboReports_Click(int Index)
 {
     std::unique_ptr<QCReportStore> store;
     RecordsetPtr rs;
@@ -84,9 +101,7 @@ void ReportTabsPanel::cboReports_Click(int Index)
         if (list->currentIndex() == 0)
         {
             // The placeholder stands for a new definition.
-            UpdateSaveAsButton(Index);
-            cmdDelete->setEnabled(false);
-            cmdNew_Click();
+            emit newDefinitionChosen(Index);
             return;
         }
         if (m_host.IsLoading())
@@ -106,10 +121,7 @@ void ReportTabsPanel::cboReports_Click(int Index)
         const qint32 id = ComboList::ItemData(list, list->currentIndex());
 
         store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
-        if (m_host.State().blnCanEditReports)
-            cmdDelete->setEnabled(store->CanDeleteReport(id, QString()));
-        else
-            cmdDelete->setEnabled(false);
+        emit deletableChosen(m_host.State().blnCanEditReports && store->CanDeleteReport(id, QString()));
 
         const bool siUnits = ReadSIUnitSetting();
         qint32 tab = 0;
@@ -130,13 +142,14 @@ void ReportTabsPanel::cboReports_Click(int Index)
         if (tab < 0 || tab >= TabCount)
             noSuchTab(tab, "cboReports_Click");
 
-        Editor(tab).LoadReportParameters(*rs);
-        SetCurrentTab(tab);
-        SizeGridColumns(tab);
-        UpdateSaveAsButton(tab);
-        msfgVariable[tab]->SetTag(QString::number(id));
-        CountSelectedTotals(tab);
-        UpdateVariableButtons(tab);
+        VariableEditor& editor = *m_editors.at(std::size_t(tab));
+        editor.LoadReportParameters(*rs);
+        m_tabs.setCurrentIndex(tab);
+        editor.SizeGridColumns();
+        emit definitionLoaded(tab);
+        editor.msfgVariable->SetTag(QString::number(id));
+        editor.CountSelectedTotals();
+        editor.UpdateVariableButtons();
         m_host.SetReportDirty(tab, false);
         rs->Close();
         m_host.SetLoading(false);
@@ -149,20 +162,4 @@ void ReportTabsPanel::cboReports_Click(int Index)
         MsgBox(error.description(), MsgStyle::Exclamation, m_host.MsgTitle());
         m_host.SetLoading(false);
     }
-}
-
-void ReportTabsPanel::cmdNew_Click()
-{
-    const int tab = CurrentTab();
-    if (!m_host.ConfirmDiscardChanges(tab, GetResourceText(4063)))
-        return;
-
-    // Leaving a saved definition for the placeholder runs this procedure once
-    // more from the list's handler; both runs end in the same state.
-    ComboList::SetListIndex(cboReports[tab], 0);
-    Editor(tab).Clear();
-    UpdateSaveAsButton(tab);
-
-    m_host.ResetDateRange();
-    m_host.SetReportDirty(tab, false);
 }

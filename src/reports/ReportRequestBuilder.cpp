@@ -1,22 +1,27 @@
-// The report request of a tab: what its grid, the subject and the date boxes
-// say, for the report store and the layouts.
-#include "reports/ReportTabsPanel.h"
+#include "reports/ReportRequestBuilder.h"
 
 #include "components/UniqueVarNames.h"
 #include "platform/RuntimeError.h"
-#include "reports/VariableGridCells.h"
+#include "reports/VariableEditor.h"
 
-qint32 ReportTabsPanel::BuildReportInfo(qint16 tab, ReportInfo& info) const
+ReportRequestBuilder::ReportRequestBuilder(MainWindowHost& host, const QTabWidget& tabs,
+                                           const std::array<VariableEditor*, TabCount>& editors)
+    : m_host(host)
+    , m_tabs(tabs)
+    , m_editors(editors)
+{}
+
+qint32 ReportRequestBuilder::BuildReportInfo(qint16 tab, ReportInfo& info) const
 {
     if (tab < 0 || tab >= TabCount)
         throw RuntimeError(ErrorNumber::SubscriptOutOfRange, QStringLiteral("BuildReportInfo"),
                            QStringLiteral("Subscript out of range"));
-    const QList<SelectedVariable> rows = Editor(tab).Rows();
+    const QList<SelectedVariable> rows = m_editors.at(std::size_t(tab))->Rows();
     const auto n = qint32(rows.size());
     if (n <= 0)
         return 0;
 
-    info.TestTab = qint16(CurrentTab());
+    info.TestTab = qint16(m_tabs.currentIndex());
     info.PatientName = m_host.SelectedPatientName();
     info.PatientID = m_host.SelectedPatientID();
     info.FromDate = m_host.FromDateText();
