@@ -28,6 +28,18 @@ void PrintTablePages(OutputTarget& target, const PreparedReport& report)
         PrintTablePage(&target, report.Table, report.Info, page, graphPages, true);
 }
 
+void SetUpTablePagesOf(OutputTarget& target, PreparedReport& report)
+{
+    if (report.Table.Data)
+        SetUpTablePages(target, report.Table, report.TablePages);
+}
+
+void SetUpViolationPagesOf(OutputTarget& target, PreparedReport& report)
+{
+    if (!report.Rules.isEmpty() && !report.Graphs.empty())
+        SetUpViolationPages(target, report.Violations);
+}
+
 void PrintViolationPages(OutputTarget& target, const PreparedReport& report)
 {
     const qint32 pagesBefore = ReportGraphPageCount(report) + qint32(report.TablePages.size());
@@ -87,18 +99,20 @@ void ReleaseReportTable(PreparedReport& report)
 
 void SetUpReportPages(OutputTarget& target, PreparedReport& report)
 {
-    if (report.Table.Data)
-        SetUpTablePages(target, report.Table, report.TablePages);
-    if (!report.Rules.isEmpty() && !report.Graphs.empty())
-        SetUpViolationPages(target, report.Violations);
+    SetUpTablePagesOf(target, report);
+    SetUpViolationPagesOf(target, report);
 }
 
 void PrintPreparedReport(OutputTarget& target, PreparedReport& report)
 {
-    SetUpReportPages(target, report);
+    SetUpTablePagesOf(target, report);
     PrintGraphPages(target, report);
-    SetUpReportPages(target, report);
+    SetUpTablePagesOf(target, report);
     PrintTablePages(target, report);
+    // The violation list is measured only now, with the printer's metrics and
+    // after every page before it: up to there the job is what it is without
+    // rules, operation for operation.
+    SetUpViolationPagesOf(target, report);
     PrintViolationPages(target, report);
     target.EndDoc();
 }

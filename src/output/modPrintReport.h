@@ -46,10 +46,10 @@ void ReleaseReportTable(PreparedReport& report);
 // a table there are no table pages, without charts no violation pages.
 void SetUpReportPages(OutputTarget& target, PreparedReport& report);
 
-// Print after PrepareReport: the table (and the violation list) is laid out
-// on the printer, the graph pages are printed, the pages are laid out again
-// (now that the job has begun, with the printer's own metrics), and the table
-// pages and the violation pages are printed; EndDoc ends the job.
+// Print after PrepareReport: the table is laid out on the printer, the graph
+// pages are printed, the table is laid out again (now that the job has begun,
+// with the printer's own metrics) and its pages are printed, then the
+// violation list is laid out and its pages are printed; EndDoc ends the job.
 void PrintPreparedReport(OutputTarget& target, PreparedReport& report);
 
 // The preview's Print: the pages as the preview laid them out, then EndDoc.
