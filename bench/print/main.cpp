@@ -177,7 +177,7 @@ int main(int argc, char** argv)
 
         PreparedReport report;
         PrepareReport(info, false, report);
-        SetUpReportTablePages(*printer, report);
+        SetUpReportPages(*printer, report);
         printedPages = ReportPageCount(report);
 
         const QString pdf = dir.filePath(QStringLiteral("rendered.pdf"));

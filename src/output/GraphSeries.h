@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/Recordset.h"
+#include "rules/QCViolation.h"
 
+#include <QList>
 #include <QString>
 
 #include <vector>
@@ -19,6 +21,9 @@ struct GraphSeries
     double CV = 0;            // a fraction; printed times 100 with "%"
     qint32 DecimalPlaces = 0; // digits after the decimal point on the value axis
     RecordsetPtr Data;        // field 0 the visit date, field 1 the value
+    // The visits that broke a QC rule of the run, in date order; none when
+    // the run checks no rules. Their markers are drawn as filled discs.
+    QList<QCViolation> Violations;
 };
 
 // The series of one report run in the order of the report's variables. The

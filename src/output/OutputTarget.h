@@ -11,8 +11,9 @@
 //   current font, then moves CurrentY one line down and CurrentX back to the
 //   left edge (ScaleLeft).
 // - DrawWidth is in device pixels; DrawStyle 0 is solid, 2 dotted.
-// - Line, PSet and Circle draw in the given colour; an invalid QColor means
-//   ForeColor. Circle's radius is in horizontal units.
+// - Line, PSet, Circle and Disc draw in the given colour; an invalid QColor
+//   means ForeColor. Circle's and Disc's radius is in horizontal units. Disc
+//   is a filled circle: the outline Circle draws, and inside it all filled.
 // - NewPage and EndDoc belong to printers, Cls to pictures; a target that has
 //   no such operation ignores it. NewPage and Cls put CurrentX/CurrentY back
 //   at the page's origin (ScaleLeft, ScaleTop).
@@ -52,6 +53,7 @@ public:
     virtual void Line(double x1, double y1, double x2, double y2, const QColor& color = QColor(), bool box = false) = 0;
     virtual void PSet(double x, double y, const QColor& color = QColor()) = 0;
     virtual void Circle(double x, double y, double radius, const QColor& color = QColor()) = 0;
+    virtual void Disc(double x, double y, double radius, const QColor& color = QColor()) = 0;
 
     virtual void NewPage() = 0;
     virtual void Cls() = 0;

@@ -219,3 +219,16 @@ void PainterTarget::Circle(double x, double y, double radius, const QColor& colo
     shapesAround(QPointF(toDevice(x), toDevice(y)), penFor(color)).addEllipse(QPointF(0, 0), r, r);
     m_deferred.shapeAdded();
 }
+
+void PainterTarget::Disc(double x, double y, double radius, const QColor& color)
+{
+    // Outlines kept back are drawn unfilled: a disc is drawn at once, with
+    // a brush of its own that no later outline keeps.
+    const double r = toDevice(radius);
+    const DeferredDrawing::Pen pen = penFor(color);
+    activePainter();
+    QPainter& painter = m_deferred.painterAt(QPointF(toDevice(x), toDevice(y)), pen);
+    painter.setBrush(pen.color);
+    painter.drawEllipse(QPointF(0, 0), r, r);
+    painter.setBrush(Qt::NoBrush);
+}

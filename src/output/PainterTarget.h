@@ -20,7 +20,8 @@ class QPaintDevice;
 // converted to twips.
 //
 // DrawWidth is a pen width in device pixels. PSet draws a round dot of
-// DrawWidth pixels, Circle an outline whose radius is in horizontal twips.
+// DrawWidth pixels, Circle an outline whose radius is in horizontal twips,
+// Disc the same outline filled with its colour.
 // DrawStyle maps to the pen style: 0 solid, 1 dash, 2 dot, 3 dash-dot,
 // 4 dash-dot-dot, 5 no line (and no text).
 //
@@ -56,6 +57,7 @@ public:
     void Line(double x1, double y1, double x2, double y2, const QColor& color = QColor(), bool box = false) override;
     void PSet(double x, double y, const QColor& color = QColor()) override;
     void Circle(double x, double y, double radius, const QColor& color = QColor()) override;
+    void Disc(double x, double y, double radius, const QColor& color = QColor()) override;
 
     // Device pixels per inch: the resolution the page is drawn at.
     double dotsPerInch() const { return m_dotsPerInch; }

@@ -73,6 +73,13 @@ void PictureTarget::Circle(double x, double y, double radius, const QColor& colo
         PainterTarget::Circle(x, y, radius, color);
 }
 
+void PictureTarget::Disc(double x, double y, double radius, const QColor& color)
+{
+    const double pixelsPerTwip = dotsPerInch() / TwipsPerInch;
+    if (!stamp(Shape::Disc, QPointF(x * pixelsPerTwip, y * pixelsPerTwip), radius * pixelsPerTwip, 0, color))
+        PainterTarget::Disc(x, y, radius, color);
+}
+
 bool PictureTarget::stamp(Shape shape, const QPointF& centre, double a, double b, const QColor& color)
 {
     // Dotted and dashed lines keep their pattern from where they start: drawn as they are.
@@ -120,6 +127,10 @@ bool PictureTarget::stamp(Shape shape, const QPointF& centre, double a, double b
             drawing.drawPoint(origin);
             break;
         case Shape::Circle:
+            drawing.drawEllipse(origin, sa, sa);
+            break;
+        case Shape::Disc:
+            drawing.setBrush(ink);
             drawing.drawEllipse(origin, sa, sa);
             break;
         case Shape::Line:

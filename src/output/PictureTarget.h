@@ -10,8 +10,8 @@
 // printer's page), drawn at the resolution given. Cls clears it to white;
 // NewPage and EndDoc do nothing on a picture.
 //
-// Small solid marks (points, circles and lines a few pixels long, such as a
-// chart's circled crosses) are stamped: each shape is drawn once, antialiased,
+// Small solid marks (points, circles, discs and lines a few pixels long, such
+// as a chart's circled crosses) are stamped: each shape is drawn once, antialiased,
 // into a small picture for each quarter-pixel position, and copied from there
 // wherever it recurs. A chart of thousands of visits then costs thousands of
 // copies instead of thousands of outlines to work out; a mark lands within an
@@ -31,6 +31,7 @@ public:
     void Line(double x1, double y1, double x2, double y2, const QColor& color = QColor(), bool box = false) override;
     void PSet(double x, double y, const QColor& color = QColor()) override;
     void Circle(double x, double y, double radius, const QColor& color = QColor()) override;
+    void Disc(double x, double y, double radius, const QColor& color = QColor()) override;
 
     void NewPage() override {}
     void Cls() override;
@@ -49,6 +50,7 @@ private:
     {
         Point,
         Circle,
+        Disc,
         Line
     };
 
@@ -71,7 +73,8 @@ private:
 
     // Stamps the shape centred on the device point centre (a, b: the
     // circle's radius, or the line's half extent in x and y, in device
-    // pixels); false, with nothing drawn, when it is no small solid mark.
+    // pixels; a disc's radius in a); false, with nothing drawn, when it is no
+    // small solid mark.
     bool stamp(Shape shape, const QPointF& centre, double a, double b, const QColor& color);
 
     double m_widthTwips;

@@ -143,6 +143,11 @@ void RecordingTarget::Circle(double x, double y, double radius, const QColor& co
     record(RecordedOp::Kind::Circle, x, y, radius, 0, color);
 }
 
+void RecordingTarget::Disc(double x, double y, double radius, const QColor& color)
+{
+    record(RecordedOp::Kind::Disc, x, y, radius, 0, color);
+}
+
 void RecordingTarget::NewPage()
 {
     record(RecordedOp::Kind::NewPage);

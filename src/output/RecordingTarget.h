@@ -20,6 +20,7 @@ struct RecordedOp
         Box,    // Line with the box option: rectangle outline (x1, y1)-(x2, y2)
         PSet,   // point at (x1, y1)
         Circle, // centre (x1, y1), radius in x2
+        Disc,   // filled circle: centre (x1, y1), radius in x2
         NewPage,
         Cls,
         EndDoc,
@@ -112,6 +113,7 @@ public:
     void Line(double x1, double y1, double x2, double y2, const QColor& color = QColor(), bool box = false) override;
     void PSet(double x, double y, const QColor& color = QColor()) override;
     void Circle(double x, double y, double radius, const QColor& color = QColor()) override;
+    void Disc(double x, double y, double radius, const QColor& color = QColor()) override;
 
     void NewPage() override;
     void Cls() override;

@@ -9,6 +9,7 @@
 #include "platform/modResource.h"
 
 #include <QColor>
+#include <QMultiHash>
 
 #include <algorithm>
 #include <array>
@@ -82,6 +83,33 @@ double VisitValue(const QVariant& field)
         throw RuntimeError(ErrorNumber::TypeMismatch, kSource, QStringLiteral("Type mismatch"));
     return ToDouble(field);
 }
+
+// The readings of a chart that broke a QC rule, found by date and value.
+class FlaggedReadings
+{
+public:
+    explicit FlaggedReadings(const QList<QCViolation>& violations)
+    {
+        for (const QCViolation& violation : violations)
+            m_values.insert(violation.Date.toJulianDay(), violation.Value);
+    }
+
+    bool contains(const QDate& date, double value) const
+    {
+        if (m_values.isEmpty())
+            return false;
+        for (auto it = m_values.constFind(date.toJulianDay()); it != m_values.cend() && it.key() == date.toJulianDay();
+             ++it)
+        {
+            if (it.value() == value)
+                return true;
+        }
+        return false;
+    }
+
+private:
+    QMultiHash<qint64, double> m_values;
+};
 
 qint32 DaysBetween(const QDate& from, const QDate& to)
 {
@@ -412,8 +440,10 @@ bool PrintGraphChart(OutputTarget& target, PageRect& plot, const GraphSeries& se
             printLimitLabel(QStringLiteral(" - 2SD"), yLower);
         }
 
-        // One circled cross per visit with a value; 2 % of the plot's height across.
+        // One circled cross per visit with a value; 2 % of the plot's height
+        // across. A visit that broke a QC rule is a filled disc instead.
         const double radius = std::abs(yScale * span * 0.02);
+        const FlaggedReadings flagged(series.Violations);
         target.SetDrawStyle(0);
         target.SetFontBold(true);
         target.SetDrawWidth(5);
@@ -428,10 +458,17 @@ bool PrintGraphChart(OutputTarget& target, PageRect& plot, const GraphSeries& se
                 {
                     const double x = DaysBetween(firstDate, visitDate) * xStep + firstX;
                     const double y = yOf(value);
-                    target.PSet(x, y, kBlack);
-                    target.Circle(x, y, radius, kBlack);
-                    target.Line(x - radius, y, x + radius, y);
-                    target.Line(x, y - radius, x, y + radius);
+                    if (flagged.contains(visitDate, value))
+                    {
+                        target.Disc(x, y, radius, kBlack);
+                    }
+                    else
+                    {
+                        target.PSet(x, y, kBlack);
+                        target.Circle(x, y, radius, kBlack);
+                        target.Line(x - radius, y, x + radius, y);
+                        target.Line(x, y - radius, x, y + radius);
+                    }
                 }
             }
             data.MoveNext();

@@ -10,8 +10,8 @@
 
 // The QC graph report: one control chart per variable shown in the graph,
 // three charts a page, each with a legend column, a value axis, the mean and
-// the +/- 2 SD control lines, one circled-cross marker per visit and a
-// statistics line. Every page is drawn inside the page frame of modPrint.
+// the +/- 2 SD control lines, one circled-cross marker per visit (a filled
+// disc for a visit that broke a QC rule) and a statistics line. Every page is drawn inside the page frame of modPrint.
 
 // Fills series with one element per variable whose ShowInGraph is set,
 // asking a new report store object for each variable's statistics and

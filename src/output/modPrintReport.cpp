@@ -2,6 +2,7 @@
 
 #include "output/modPrintGraph.h"
 #include "output/modPrintTable.h"
+#include "output/modPrintViolations.h"
 
 namespace
 {
@@ -27,6 +28,25 @@ void PrintTablePages(OutputTarget& target, const PreparedReport& report)
         PrintTablePage(&target, report.Table, report.Info, page, graphPages, true);
 }
 
+void SetUpTablePagesOf(OutputTarget& target, PreparedReport& report)
+{
+    if (report.Table.Data)
+        SetUpTablePages(target, report.Table, report.TablePages);
+}
+
+void SetUpViolationPagesOf(OutputTarget& target, PreparedReport& report)
+{
+    if (!report.Rules.isEmpty() && !report.Graphs.empty())
+        SetUpViolationPages(target, report.Violations);
+}
+
+void PrintViolationPages(OutputTarget& target, const PreparedReport& report)
+{
+    const qint32 pagesBefore = ReportGraphPageCount(report) + qint32(report.TablePages.size());
+    for (const ViolationPage& page : report.Violations.Pages)
+        PrintViolationPage(&target, report.Violations, report.Info, page, pagesBefore, true);
+}
+
 void CloseIfOpen(const RecordsetPtr& data)
 {
     if (data && data->IsOpen())
@@ -34,27 +54,31 @@ void CloseIfOpen(const RecordsetPtr& data)
 }
 } // namespace
 
-bool PrepareReport(const ReportInfo& info, bool siUnits, PreparedReport& report)
+bool PrepareReport(const ReportInfo& info, bool siUnits, PreparedReport& report, const QCRuleSet& rules)
 {
     report.Info = info;
+    report.Rules = rules;
     ReleaseReportGraphs(report);
     ReleaseReportTable(report);
     if (!BuildGraphSeries(report.Info, report.Graphs, siUnits))
         return false;
+    CheckReportRules(report, rules, siUnits);
     return BuildTableData(nullptr, report.Info, report.Table, report.TablePages, siUnits);
 }
 
-bool PrepareReportPreview(OutputTarget& target, const ReportInfo& info, bool siUnits, PreparedReport& report)
+bool PrepareReportPreview(OutputTarget& target, const ReportInfo& info, bool siUnits, PreparedReport& report,
+                          const QCRuleSet& rules)
 {
     report.Info = info;
+    report.Rules = rules;
     ReleaseReportGraphs(report);
     if (!BuildGraphSeries(report.Info, report.Graphs, siUnits))
         return false;
+    CheckReportRules(report, rules, siUnits);
     ReleaseReportTable(report);
-    if (BuildTableData(&target, report.Info, report.Table, report.TablePages, siUnits))
-        SetUpReportTablePages(target, report);
-    else
+    if (!BuildTableData(&target, report.Info, report.Table, report.TablePages, siUnits))
         ReleaseReportTable(report);
+    SetUpReportPages(target, report);
     return true;
 }
 
@@ -63,6 +87,7 @@ void ReleaseReportGraphs(PreparedReport& report)
     for (const GraphSeries& series : report.Graphs)
         CloseIfOpen(series.Data);
     report.Graphs.clear();
+    report.Violations = ViolationList();
 }
 
 void ReleaseReportTable(PreparedReport& report)
@@ -72,18 +97,23 @@ void ReleaseReportTable(PreparedReport& report)
     report.TablePages.clear();
 }
 
-void SetUpReportTablePages(OutputTarget& target, PreparedReport& report)
+void SetUpReportPages(OutputTarget& target, PreparedReport& report)
 {
-    if (report.Table.Data)
-        SetUpTablePages(target, report.Table, report.TablePages);
+    SetUpTablePagesOf(target, report);
+    SetUpViolationPagesOf(target, report);
 }
 
 void PrintPreparedReport(OutputTarget& target, PreparedReport& report)
 {
-    SetUpReportTablePages(target, report);
+    SetUpTablePagesOf(target, report);
     PrintGraphPages(target, report);
-    SetUpReportTablePages(target, report);
+    SetUpTablePagesOf(target, report);
     PrintTablePages(target, report);
+    // The violation list is measured only now, with the printer's metrics and
+    // after every page before it: up to there the job is what it is without
+    // rules, operation for operation.
+    SetUpViolationPagesOf(target, report);
+    PrintViolationPages(target, report);
     target.EndDoc();
 }
 
@@ -91,13 +121,14 @@ void PrintPreviewedReport(OutputTarget& target, PreparedReport& report)
 {
     PrintGraphPages(target, report);
     PrintTablePages(target, report);
+    PrintViolationPages(target, report);
     target.EndDoc();
 }
 
-bool PrintReport(OutputTarget& target, const ReportInfo& info, bool siUnits)
+bool PrintReport(OutputTarget& target, const ReportInfo& info, bool siUnits, const QCRuleSet& rules)
 {
     PreparedReport report;
-    if (!PrepareReport(info, siUnits, report))
+    if (!PrepareReport(info, siUnits, report, rules))
         return false;
     PrintPreparedReport(target, report);
     return true;
@@ -110,7 +141,7 @@ qint32 ReportGraphPageCount(const PreparedReport& report)
 
 qint32 ReportPageCount(const PreparedReport& report)
 {
-    return ReportGraphPageCount(report) + qint32(report.TablePages.size());
+    return ReportGraphPageCount(report) + qint32(report.TablePages.size()) + qint32(report.Violations.Pages.size());
 }
 
 bool DrawReportPage(OutputTarget& target, PreparedReport& report, qint32 page)
@@ -119,9 +150,17 @@ bool DrawReportPage(OutputTarget& target, PreparedReport& report, qint32 page)
     if (page > graphPages || report.Graphs.empty())
     {
         const qint32 tablePage = page - graphPages;
-        if (tablePage < 1 || tablePage > report.TablePages.size())
+        const qint32 tablePages = qint32(report.TablePages.size());
+        if (tablePage >= 1 && tablePage <= tablePages)
+        {
+            PrintTablePage(&target, report.Table, report.Info, report.TablePages.at(tablePage - 1), graphPages, false);
+            return true;
+        }
+        const qint32 violationPage = tablePage - tablePages;
+        if (tablePage < 1 || violationPage < 1 || violationPage > report.Violations.Pages.size())
             return false;
-        PrintTablePage(&target, report.Table, report.Info, report.TablePages.at(tablePage - 1), graphPages, false);
+        PrintViolationPage(&target, report.Violations, report.Info, report.Violations.Pages.at(violationPage - 1),
+                           graphPages + tablePages, false);
         return true;
     }
     if (page < 1)

@@ -141,10 +141,11 @@ QString PrintJob::ProposedFilePath(const ReportInfo& info, const QString& defini
     return QDir(folder).filePath(ProposedFileName(info, definitionName));
 }
 
-bool PrintReportJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName, bool siUnits)
+bool PrintReportJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName, bool siUnits,
+                    const QCRuleSet& rules)
 {
     PreparedReport report;
-    if (!PrepareReport(info, siUnits, report))
+    if (!PrepareReport(info, siUnits, report, rules))
         return false;
     PrintJob job(target, info, definitionName);
     if (!job.begin())

@@ -3,6 +3,7 @@
 #include "components/ReportInfo.h"
 #include "output/OutputTarget.h"
 #include "output/PreparedReport.h"
+#include "rules/QCRuleSet.h"
 
 #include <QString>
 
@@ -94,13 +95,15 @@ private:
     std::unique_ptr<PdfFileTarget> m_file; // the PDF printer's pages, from begin() on
 };
 
-// Print's whole job: PrepareReport (graph series, then the table data), then
-// begin(), then print() of PrintPreparedReport (set-up twice, graph pages,
-// table pages, EndDoc). False when nothing was printed: the preparation
-// failed (no dialog is shown then), the user cancelled the save dialog or the
-// file could not be written (the job said why). A store error (RuntimeError)
-// reaches the caller before anything is drawn.
-bool PrintReportJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName, bool siUnits);
+// Print's whole job: PrepareReport (graph series, the charts checked against
+// rules, then the table data), then begin(), then print() of
+// PrintPreparedReport (set-up twice, graph pages, table pages, violation
+// pages when there are rules, EndDoc). False when nothing was printed: the
+// preparation failed (no dialog is shown then), the user cancelled the save
+// dialog or the file could not be written (the job said why). A store error
+// (RuntimeError) reaches the caller before anything is drawn.
+bool PrintReportJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName, bool siUnits,
+                    const QCRuleSet& rules = QCRuleSet());
 
 // The preview's Print: begin() for the request the preview prepared
 // (report.Info), then print() of PrintPreviewedReport (the pages as the

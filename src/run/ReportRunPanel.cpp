@@ -2,6 +2,7 @@
 
 #include "output/modPrintGlobals.h"
 #include "platform/MessageService.h"
+#include "platform/QCRulesSetting.h"
 #include "platform/RuntimeError.h"
 #include "platform/SIUnitSetting.h"
 #include "platform/modResource.h"
@@ -56,6 +57,9 @@ void ReportRunPanel::cmdPreview_Click()
         const qint16 tab = qint16(m_host.CurrentTab());
         if (!ValidateReportRequest(tab))
             return;
+        QCRuleSet rules;
+        if (!ReadQCRules(rules))
+            return;
         WaitCursor wait;
         m_host.State().blnSIUnits = ReadSIUnitSetting();
         ReportInfo info;
@@ -65,7 +69,7 @@ void ReportRunPanel::cmdPreview_Click()
         preview->m_strReportName = ReportName(tab);
         // The preview shows its own hourglass while it prepares the pages.
         wait.restore();
-        if (preview->SetGraphData(m_host.State().objPrint, info, m_host.State().blnSIUnits))
+        if (preview->SetGraphData(m_host.State().objPrint, info, m_host.State().blnSIUnits, rules))
             preview->exec();
     }
     catch (const RuntimeError& error)
@@ -97,14 +101,17 @@ void ReportRunPanel::cmdPrint_Click()
         const qint16 tab = qint16(m_host.CurrentTab());
         if (!ValidateReportRequest(tab))
             return;
+        QCRuleSet rules;
+        if (!ReadQCRules(rules))
+            return;
         m_host.State().blnSIUnits = ReadSIUnitSetting();
         ReportInfo info;
         m_tabs.BuildReportInfo(tab, info);
         // The batch renderer's road: graph series, then table data (a failure
         // of either stops here, unprinted and without a word, as each says
         // what it has to say itself), the table set up around the graph
-        // pages, the table pages numbered on, EndDoc.
-        PrintReportJob(*printer, info, ReportName(tab), m_host.State().blnSIUnits);
+        // pages, the table pages numbered on, the violation pages, EndDoc.
+        PrintReportJob(*printer, info, ReportName(tab), m_host.State().blnSIUnits, rules);
     }
     catch (const RuntimeError& error)
     {
@@ -176,6 +183,17 @@ bool ReportRunPanel::ValidateReportRequest(qint16 tab)
 bool ReportRunPanel::IsPatientSelected() const
 {
     return !m_host.SelectedPatientID().isEmpty();
+}
+
+bool ReportRunPanel::ReadQCRules(QCRuleSet& rules) const
+{
+    QString unknown;
+    if (QCRuleSet::parse(ReadQCRulesSetting(), rules, unknown))
+        return true;
+    MsgBox(GetResourceText(4137) + QStringLiteral(": \"") + unknown + QStringLiteral("\".\n") + GetResourceText(4138) +
+               QStringLiteral(": ") + QCRuleSet::knownNames() + QLatin1Char('.'),
+           MsgStyle::Exclamation, m_host.MsgTitle());
+    return false;
 }
 
 QString ReportRunPanel::ReportName(qint16 tab) const

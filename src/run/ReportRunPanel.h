@@ -2,6 +2,7 @@
 
 #include "reports/MainWindowHost.h"
 #include "reports/ReportTabsPanel.h"
+#include "rules/QCRuleSet.h"
 #include "run/DateRangePanel.h"
 #include "run/SubjectSearchPanel.h"
 #include "run/frmPrintPreview.h"
@@ -12,9 +13,10 @@
 
 // Print Setup, Preview and Print of the main window: the report run. A run
 // checks the request (subject, date range, variables and their limits),
-// reads the unit setting (blnSIUnits), builds the report request from the current tab and
-// hands it to the preview window or straight to the printer (objPrint),
-// through the print path that the batch renderer uses too.
+// reads the unit setting (blnSIUnits) and the QC rules to check ("QC Rules"),
+// builds the report request from the current tab and hands it to the preview
+// window or straight to the printer (objPrint), through the print path that
+// the batch renderer uses too.
 class ReportRunPanel final : public QWidget
 {
     Q_OBJECT
@@ -25,11 +27,14 @@ public:
                    QWidget* parent = nullptr);
 
     // The report in the preview window, shown modally when it has pages.
-    // 4118 while printing is impossible.
+    // 4118 while printing is impossible; 4137 for a QC rule the settings name
+    // that the program does not know, and then nothing is shown.
     void cmdPreview_Click();
     // The report on objPrint: graph pages, then the table pages numbered on,
-    // then EndDoc. 4117 while printing is impossible, 4064 (focus to Print
-    // Setup) without a printer; nothing is printed when the preparation fails.
+    // then with QC rules on the violation pages, then EndDoc. 4117 while
+    // printing is impossible, 4064 (focus to Print Setup) without a printer,
+    // 4137 for an unknown QC rule in the settings; nothing is printed when the
+    // preparation fails.
     void cmdPrint_Click();
     // The printer dialog; the printer chosen becomes objPrint. 4117 while
     // printing is impossible.
@@ -54,6 +59,10 @@ public:
 private:
     // The report definition's name as the tab's list shows it.
     QString ReportName(qint16 tab) const;
+    // The QC rules of the setting "QC Rules", read afresh. False after
+    // message 4137 (style 48, the window's title), naming the first rule the
+    // program does not know and the rules it knows.
+    bool ReadQCRules(QCRuleSet& rules) const;
 
     MainWindowHost& m_host;
     SubjectSearchPanel& m_search;

@@ -135,7 +135,8 @@ frmPrintPreview::~frmPrintPreview()
     ReleaseTableData();
 }
 
-bool frmPrintPreview::SetGraphData(const std::shared_ptr<OutputTarget>& printer, const ReportInfo& info, bool siUnits)
+bool frmPrintPreview::SetGraphData(const std::shared_ptr<OutputTarget>& printer, const ReportInfo& info, bool siUnits,
+                                   const QCRuleSet& rules)
 {
     WaitCursor wait;
     m_printer = printer;
@@ -143,7 +144,7 @@ bool frmPrintPreview::SetGraphData(const std::shared_ptr<OutputTarget>& printer,
     // Without a printer the page picture is the only page there is to lay
     // the table out on.
     OutputTarget& layout = m_printer ? *m_printer : static_cast<OutputTarget&>(PagePictureForView());
-    return PrepareReportPreview(layout, info, siUnits, m_report);
+    return PrepareReportPreview(layout, info, siUnits, m_report, rules);
 }
 
 void frmPrintPreview::showEvent(QShowEvent* event)

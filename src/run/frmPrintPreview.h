@@ -5,6 +5,7 @@
 #include "output/OutputTarget.h"
 #include "output/PictureTarget.h"
 #include "output/PreparedReport.h"
+#include "rules/QCRuleSet.h"
 #include "run/PictureBox.h"
 
 #include <QDialog>
@@ -17,7 +18,8 @@
 #include <memory>
 
 // The print preview: the report's pages one at a time, graph pages first,
-// exactly as Print puts them on paper. It keeps the prepared report, not page
+// then the table pages and, when the run checks QC rules, the violation
+// pages, exactly as Print puts them on paper. It keeps the prepared report, not page
 // images: each page is drawn on demand into the page picture picPage (with
 // the layouts that print), and the view rectangle of that picture is copied
 // into the visible view picGraph.
@@ -52,12 +54,14 @@ public:
     ~frmPrintPreview() override;
 
     // The run's entry: prepares the report for printer (the program's
-    // objPrint) from the window's own copy of info. The table's pages are laid
-    // out with the printer's metrics, so that Print from here prints them as
-    // shown. False, with nothing to show, when no graph series could be
-    // prepared; a table that cannot be prepared leaves the graph pages to show.
-    // Store errors reach the caller.
-    bool SetGraphData(const std::shared_ptr<OutputTarget>& printer, const ReportInfo& info, bool siUnits);
+    // objPrint) from the window's own copy of info, its charts checked
+    // against rules (none: no check and no violation pages). The table's and
+    // the violation list's pages are laid out with the printer's metrics, so
+    // that Print from here prints them as shown. False, with nothing to show,
+    // when no graph series could be prepared; a table that cannot be prepared
+    // leaves the graph pages to show. Store errors reach the caller.
+    bool SetGraphData(const std::shared_ptr<OutputTarget>& printer, const ReportInfo& info, bool siUnits,
+                      const QCRuleSet& rules = QCRuleSet());
 
     // Draws page (1-based, graph pages first) on the page picture and shows
     // it. False, with nothing changed, for a page the report does not have.

@@ -143,8 +143,8 @@ private slots:
         const QString page = helpText(QStringLiteral("messages.html"));
         QVERIFY(!page.isEmpty());
         NorrixStrings strings(QString{});
-        for (qint16 id : {4055, 4056, 4057, 4060, 4061, 4062, 4064, 4075, 4076, 4077, 4078, 4079, 4080, 4081,
-                          4082, 4086, 4091, 4102, 4111, 4115, 4116, 4117, 4118, 4122, 4123, 4124, 4125, 4129})
+        for (qint16 id : {4055, 4056, 4057, 4060, 4061, 4062, 4064, 4075, 4076, 4077, 4078, 4079, 4080, 4081, 4082,
+                          4086, 4091, 4102, 4111, 4115, 4116, 4117, 4118, 4122, 4123, 4124, 4125, 4129, 4137})
         {
             const QString text = strings.GetText(id);
             QVERIFY2(!text.isEmpty(), qPrintable(QString::number(id)));
@@ -160,6 +160,18 @@ private slots:
         const QString report = helpText(QStringLiteral("report.html"));
         for (const char* step : {"Saved Reports", "Add", "Save As", "Find...", "mm/dd/yyyy", "Preview", "Print"})
             QVERIFY2(report.contains(QLatin1String(step)), step);
+    }
+
+    void qcRulesAreDescribed()
+    {
+        const QString chart = helpText(QStringLiteral("chart.html"));
+        for (const char* term : {"1-2s", "1-3s", "2-2s", "R-4s", "4-1s", "10x", "DLCO-12", "warning rule",
+                                 "the period's own mean and SD", "filled disc", "QC Rule Violations",
+                                 "No QC rule violations in this period.", "3 mL/min/mmHg", "1 mmol/min/kPa", "12 %"})
+            QVERIFY2(chart.contains(QLatin1String(term)), term);
+        const QString setup = helpText(QStringLiteral("setup.html"));
+        for (const char* term : {"\"QC Rules\"", "--check", "exit status 3"})
+            QVERIFY2(setup.contains(QLatin1String(term)), term);
     }
 
     void importPageDescribesTheFileAndIsLinked()

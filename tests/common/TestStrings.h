@@ -7,14 +7,14 @@
 
 #include <QString>
 
-// A string server for tests: every number from 4000 to 4129 reads "T<number>"
+// A string server for tests: every number from 4000 to 4138 reads "T<number>"
 // (so a test can tell which text a box showed), other numbers are unknown.
 class TestStringServer final : public StringServer
 {
 public:
     QString GetText(qint16 id) override
     {
-        if (id < 4000 || id > 4129)
+        if (id < 4000 || id > 4138)
             return QString();
         return QStringLiteral("T") + QString::number(id);
     }

@@ -80,7 +80,7 @@ private slots:
         // The pages the program lays out for this printer.
         PreparedReport expected;
         QVERIFY(PrepareReport(info, false, expected));
-        SetUpReportTablePages(*printer, expected);
+        SetUpReportPages(*printer, expected);
         const qint32 graphPages = ReportGraphPageCount(expected);
         const qint32 allPages = ReportPageCount(expected);
         QCOMPARE(graphPages, 2);

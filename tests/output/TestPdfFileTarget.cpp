@@ -219,6 +219,50 @@ private slots:
         QVERIFY(!dark(pages[0], 3000, 6000));
     }
 
+    void aDiscIsFilledAndLaterOutlinesAreNot()
+    {
+        // A chart's flagged visit between two circled crosses: the disc is
+        // filled to its edge; the circles after it stay open.
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("disc.pdf"));
+        {
+            PdfFileTarget target(file, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
+            target.SetDrawWidth(5);
+            target.Circle(2000, 4000, 300, QColor(0, 0, 0));
+            target.Disc(4000, 4000, 300, QColor(0, 0, 0));
+            target.Circle(6000, 4000, 300, QColor(0, 0, 0));
+            target.Line(5700, 4000, 6300, 4000);
+            target.EndDoc();
+        }
+        QTemporaryDir pagesDir;
+        const QList<QImage> pages = RenderPages(file, pagesDir.path());
+        QCOMPARE(pages.size(), 1);
+        const auto grey = [&pages](double x, double y) {
+            return qGray(pages[0].pixel(qRound(x / 14.4), qRound(y / 14.4)));
+        };
+        // Inside the disc, half way to its edge and at its centre: black.
+        for (const double dx : {-150.0, 0.0, 150.0})
+        {
+            QVERIFY(grey(4000 + dx, 4000) < 64);
+            QVERIFY(grey(4000, 4000 + dx) < 64);
+        }
+        // Inside the circles, off their strokes: white.
+        QCOMPARE(grey(2000, 4150), 255);
+        QCOMPARE(grey(6000, 4150), 255);
+        // The outlines are drawn: under a pixel wide, somewhere around their place.
+        const auto darkNear = [&grey](double x, double y) {
+            int darkest = 255;
+            for (int dy = -1; dy <= 1; ++dy)
+            {
+                for (int dx = -1; dx <= 1; ++dx)
+                    darkest = std::min(darkest, grey(x + dx * 14.4, y + dy * 14.4));
+            }
+            return darkest < 128;
+        };
+        QVERIFY(darkNear(2000 + 300, 4000));
+        QVERIFY(darkNear(6000, 4000 + 300));
+    }
+
     void drawingAfterEndDocWritesTheFileAnew()
     {
         QTemporaryDir dir;

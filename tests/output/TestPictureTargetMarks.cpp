@@ -147,6 +147,43 @@ private slots:
         QCOMPARE(target->stampCount(), known + 1);
     }
 
+    void discsAreFilledCirclesStampedOrDrawn()
+    {
+        // A chart's disc (stamped) and a large one (drawn by the painter).
+        for (const double radius : {3.3, 40.0})
+        {
+            auto target = Picture();
+            target->SetDrawStyle(0);
+            target->SetDrawWidth(5);
+            const QPointF centre(200.4, 300.6);
+            target->Disc(centre.x() * kPixel, centre.y() * kPixel, radius * kPixel, Qt::black);
+            QCOMPARE(target->stampCount(), radius < 10 ? 1 : 0);
+            const QImage disc = target->image();
+
+            QImage painted(disc.size(), QImage::Format_RGB32);
+            painted.fill(Qt::white);
+            {
+                QPainter painter(&painted);
+                painter.setRenderHint(QPainter::Antialiasing);
+                painter.setPen(QPen(Qt::black, 5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+                painter.setBrush(Qt::black);
+                painter.drawEllipse(centre, radius, radius);
+            }
+            const Difference difference = Compare(disc, painted);
+            QVERIFY2(difference.largest < 100, qPrintable(QString::number(difference.largest)));
+            // Filled all through, unlike a circle, and as wide as the circle.
+            for (double dx = -radius; dx <= radius; dx += 1)
+                QVERIFY(qGray(disc.pixel((centre + QPointF(dx, 0)).toPoint())) < 128);
+            QCOMPARE(qGray(disc.pixel((centre + QPointF(radius + 6, 0)).toPoint())), 255);
+
+            auto circle = Picture();
+            circle->SetDrawWidth(5);
+            circle->Circle(centre.x() * kPixel, centre.y() * kPixel, radius * kPixel, Qt::black);
+            if (radius > 10)
+                QCOMPARE(qGray(circle->image().pixel(centre.toPoint())), 255);
+        }
+    }
+
     void largeShapesAndPatternedLinesAreDrawnAsTheyAre()
     {
         auto target = Picture();

@@ -119,6 +119,7 @@ public:
         failIf(FailOn::Circle);
         m_target.Circle(x, y, radius, color);
     }
+    void Disc(double x, double y, double radius, const QColor& color) override { m_target.Disc(x, y, radius, color); }
     void NewPage() override { m_target.NewPage(); }
     void Cls() override { m_target.Cls(); }
     void EndDoc() override { m_target.EndDoc(); }

@@ -166,6 +166,7 @@ public:
     {
         recorder.Circle(x, y, radius, color);
     }
+    void Disc(double x, double y, double radius, const QColor& color) override { recorder.Disc(x, y, radius, color); }
     void NewPage() override { recorder.NewPage(); }
     void Cls() override { recorder.Cls(); }
     void EndDoc() override { recorder.EndDoc(); }
@@ -353,7 +354,7 @@ private slots:
 
         // Before the job the doubled text height gives 16 rows a page (three bands)...
         JobMetricsTarget printer;
-        SetUpReportTablePages(printer, report);
+        SetUpReportPages(printer, report);
         QCOMPARE(report.TablePages.size(), 3);
 
         // ...but the pages printed are those of the printer's metrics once printing has begun.

@@ -46,6 +46,7 @@ public:
     void Line(double, double, double, double, const QColor&, bool) override {}
     void PSet(double, double, const QColor&) override {}
     void Circle(double, double, double, const QColor&) override {}
+    void Disc(double, double, double, const QColor&) override {}
     void NewPage() override {}
     void Cls() override {}
     void EndDoc() override {}

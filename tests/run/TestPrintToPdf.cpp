@@ -273,7 +273,7 @@ private slots:
         // table, numbered on.
         PreparedReport expected;
         QVERIFY(PrepareReport(info, false, expected));
-        SetUpReportTablePages(*printer, expected);
+        SetUpReportPages(*printer, expected);
         const QStringList pages = RenderFixture::pdfPages(file);
         QCOMPARE(pages.size(), ReportPageCount(expected));
         QCOMPARE(ReportGraphPageCount(expected), 2);

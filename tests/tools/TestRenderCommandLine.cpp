@@ -14,7 +14,8 @@
 namespace
 {
 const QString kUsage = QStringLiteral("Usage: calvex-qc-render --tab PF|GX --report NAME --subject ID "
-                                      "[--from MM/DD/YYYY] --to MM/DD/YYYY [--si] (--out FILE.pdf | --png-dir DIR)");
+                                      "[--from MM/DD/YYYY] --to MM/DD/YYYY [--si] [--rules LIST] (--out FILE.pdf | "
+                                      "--png-dir DIR | --check [--json] [--out FILE.pdf | --png-dir DIR])");
 
 // A request that renders: Spirometry of QC001 in the first half of 2024.
 QStringList Valid()
@@ -239,22 +240,24 @@ private slots:
     void helpShowsTheUsageAndTheExitStatuses()
     {
         // The statuses the other tests see: 0 written, 1 refused or not
-        // written, 2 a bad command line.
+        // written, 2 a bad command line, 3 a broken QC rule.
         const QString statuses = QStringLiteral("\n"
                                                 "Exit status:\n"
-                                                "  0  the report was written\n"
+                                                "  0  the report was written; with --check: no QC rule was broken\n"
                                                 "  1  the report could not be rendered or written (the reason "
                                                 "is on stderr)\n"
-                                                "  2  the command line is wrong (usage error)\n");
+                                                "  2  the command line is wrong (usage error), or a QC rule is "
+                                                "unknown\n"
+                                                "  3  with --check: a QC rule was broken\n");
         for (const QString& option : {QStringLiteral("--help"), QStringLiteral("-h")})
         {
             const RenderFixture::Result result = render({option});
             QCOMPARE(result.exitCode, 0);
             QVERIFY2(result.out.startsWith(kUsage + QStringLiteral("\n\nOptions:\n")), qPrintable(result.out));
             QVERIFY2(result.out.endsWith(statuses), qPrintable(result.out));
-            for (const char* name :
-                 {"--tab PF|GX ", "--report NAME ", "--subject ID ", "--from MM/DD/YYYY ", "--to MM/DD/YYYY ", "--si ",
-                  "--out FILE.pdf ", "--png-dir DIR ", "-h, --help ", "--version "})
+            for (const char* name : {"--tab PF|GX ", "--report NAME ", "--subject ID ", "--from MM/DD/YYYY ",
+                                     "--to MM/DD/YYYY ", "--si ", "--out FILE.pdf ", "--png-dir DIR ", "--rules LIST ",
+                                     "--check ", "--json ", "-h, --help ", "--version "})
                 QVERIFY2(result.out.contains(QStringLiteral("\n  ") + QLatin1String(name)), name);
             QCOMPARE(result.err, QString());
         }

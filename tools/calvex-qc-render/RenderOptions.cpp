@@ -38,7 +38,8 @@ void refuseBadPeriod(const QString& from, const QString& to)
 QString RenderOptions::usage()
 {
     return QStringLiteral("Usage: calvex-qc-render --tab PF|GX --report NAME --subject ID [--from MM/DD/YYYY] "
-                          "--to MM/DD/YYYY [--si] (--out FILE.pdf | --png-dir DIR)");
+                          "--to MM/DD/YYYY [--si] [--rules LIST] (--out FILE.pdf | --png-dir DIR | --check [--json] "
+                          "[--out FILE.pdf | --png-dir DIR])");
 }
 
 QString RenderOptions::help()
@@ -54,13 +55,25 @@ QString RenderOptions::help()
                                     "  --si                 SI units, whatever the settings say\n"
                                     "  --out FILE.pdf       write the report as one PDF file\n"
                                     "  --png-dir DIR        write the pages as DIR/page-001.png, ...\n"
+                                    "  --rules LIST         the QC rules to check, e.g. \"1-3s,2-2s,R-4s\", instead of "
+                                    "the\n"
+                                    "                       setting \"QC Rules\" (\"\" checks none); known: "
+                                    "1-2s, 1-3s,\n"
+                                    "                       2-2s, R-4s, 4-1s, 10x, DLCO-12\n"
+                                    "  --check              check the QC rules and print one line per violation\n"
+                                    "                       (subject, definition, table, variable, date, value, "
+                                    "rules,\n"
+                                    "                       tab-separated); writes a file only with --out or "
+                                    "--png-dir\n"
+                                    "  --json               with --check: print one JSON document instead\n"
                                     "  -h, --help           print this help and exit\n"
                                     "  --version            print the version and exit\n"
                                     "\n"
                                     "Exit status:\n"
-                                    "  0  the report was written\n"
+                                    "  0  the report was written; with --check: no QC rule was broken\n"
                                     "  1  the report could not be rendered or written (the reason is on stderr)\n"
-                                    "  2  the command line is wrong (usage error)\n");
+                                    "  2  the command line is wrong (usage error), or a QC rule is unknown\n"
+                                    "  3  with --check: a QC rule was broken\n");
 }
 
 RenderOptions RenderOptions::parse(const QStringList& arguments)
@@ -73,13 +86,16 @@ RenderOptions RenderOptions::parse(const QStringList& arguments)
     const QCommandLineOption si(QStringLiteral("si"));
     const QCommandLineOption out(QStringLiteral("out"), QString(), QStringLiteral("FILE.pdf"));
     const QCommandLineOption pngDir(QStringLiteral("png-dir"), QString(), QStringLiteral("DIR"));
+    const QCommandLineOption rules(QStringLiteral("rules"), QString(), QStringLiteral("LIST"));
+    const QCommandLineOption check(QStringLiteral("check"));
+    const QCommandLineOption json(QStringLiteral("json"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption version(QStringLiteral("version"));
     QCommandLineOption today(QStringLiteral("today"), QString(), QStringLiteral("MM/DD/YYYY"));
     today.setFlags(QCommandLineOption::HiddenFromHelp);
 
     QCommandLineParser parser;
-    parser.addOptions({tab, report, subject, from, to, si, out, pngDir, help, version, today});
+    parser.addOptions({tab, report, subject, from, to, si, out, pngDir, rules, check, json, help, version, today});
     if (!parser.parse(QStringList{QStringLiteral("calvex-qc-render")} + arguments))
         refuseCommandLine(parser.errorText());
 
@@ -96,7 +112,7 @@ RenderOptions RenderOptions::parse(const QStringList& arguments)
     }
     if (!parser.positionalArguments().isEmpty())
         refuseCommandLine(QStringLiteral("unexpected argument ") + quoted(parser.positionalArguments().first()));
-    for (const QCommandLineOption& option : {tab, report, subject, from, to, out, pngDir, today})
+    for (const QCommandLineOption& option : {tab, report, subject, from, to, out, pngDir, rules, today})
     {
         if (parser.values(option).size() > 1)
             refuseCommandLine(QStringLiteral("--%1 is given more than once").arg(option.names().first()));
@@ -122,13 +138,22 @@ RenderOptions RenderOptions::parse(const QStringList& arguments)
     if (options.subject.isEmpty())
         refuseCommandLine(QStringLiteral("--subject needs the ID of a QC subject"));
 
-    if (parser.isSet(out) == parser.isSet(pngDir))
+    options.check = parser.isSet(check);
+    options.json = parser.isSet(json);
+    if (options.json && !options.check)
+        refuseCommandLine(QStringLiteral("--json goes with --check"));
+    // A check writes a file only when asked to; a rendering always does.
+    if (parser.isSet(out) && parser.isSet(pngDir))
+        refuseCommandLine(QStringLiteral("give either --out FILE.pdf or --png-dir DIR"));
+    if (!options.check && !parser.isSet(out) && !parser.isSet(pngDir))
         refuseCommandLine(QStringLiteral("give either --out FILE.pdf or --png-dir DIR"));
     options.pdfFile = parser.value(out);
     options.pngFolder = parser.value(pngDir);
-    if (parser.isSet(out) ? options.pdfFile.isEmpty() : options.pngFolder.isEmpty())
+    if ((parser.isSet(out) && options.pdfFile.isEmpty()) || (parser.isSet(pngDir) && options.pngFolder.isEmpty()))
         refuseCommandLine(QStringLiteral("--%1 needs a path")
                               .arg(parser.isSet(out) ? QStringLiteral("out") : QStringLiteral("png-dir")));
+    options.rulesGiven = parser.isSet(rules);
+    options.rules = parser.value(rules);
     options.siUnits = parser.isSet(si);
 
     if (parser.isSet(today))

@@ -7,7 +7,8 @@
 // The command line of calvex-qc-render:
 //
 //   --tab PF|GX --report NAME --subject ID [--from MM/DD/YYYY] --to MM/DD/YYYY
-//   [--si] (--out FILE.pdf | --png-dir DIR)
+//   [--si] [--rules LIST] (--out FILE.pdf | --png-dir DIR | --check [--json]
+//   [--out FILE.pdf | --png-dir DIR])
 //
 // or --help (-h), or --version; and, for tests only, the hidden --today MM/DD/YYYY that fixes the date the
 // page header prints.
@@ -18,10 +19,14 @@ struct RenderOptions
     QString subject;
     QString from; // as given, blanks around it dropped; may be empty
     QString to;
-    bool siUnits = false; // --si: SI units whatever the site's setting
-    QString pdfFile;      // --out
-    QString pngFolder;    // --png-dir
-    QDate today;          // --today; invalid = the real date
+    bool siUnits = false;    // --si: SI units whatever the site's setting
+    QString pdfFile;         // --out
+    QString pngFolder;       // --png-dir
+    bool check = false;      // --check: check the QC rules; an output file only when asked for
+    bool json = false;       // --json (with --check): the check as one JSON document
+    bool rulesGiven = false; // --rules was given: its list replaces the site's "QC Rules"
+    QString rules;           // --rules, as given (not yet checked against the known rules)
+    QDate today;             // --today; invalid = the real date
     bool helpRequested = false;
     bool versionRequested = false;
 

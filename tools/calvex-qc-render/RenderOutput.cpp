@@ -53,7 +53,7 @@ qint32 WritePngPages(PreparedReport& report, const QString& folder)
         refuse(QStringLiteral("cannot make the folder %1").arg(folder));
     const QSizeF points = kPaper.size(QPageSize::Point);
     PictureTarget picture(points.width() * kTwipsPerPoint, points.height() * kTwipsPerPoint, kPngDotsPerInch);
-    SetUpReportTablePages(picture, report);
+    SetUpReportPages(picture, report);
     const qint32 pages = ReportPageCount(report);
     // Every page is encoded first and the pages are written together: a
     // failure leaves every page file of the folder as it was.
