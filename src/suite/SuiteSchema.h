@@ -19,10 +19,15 @@ class SuiteDatabase;
 //   3  visits indexed by patient, tab and date; on PostgreSQL, the
 //      patients' search keys compare by code point (collation "C"), so that
 //      their indexes serve prefix searches
+//   4  one report definition per name, compared without regard to case (a
+//      unique index on the name's key); definitions that shared a name
+//      before keep their rows under "name (2)", "name (3)" ... (the oldest
+//      keeps the name)
 class SuiteSchema
 {
 public:
-    static constexpr int CurrentVersion = 3;
+    static constexpr int CurrentVersion = 4;
+
 
     // The version of the database's schema; 0 when it has none yet.
     static int version(SuiteDatabase& db);
@@ -52,6 +57,7 @@ public:
 
 private:
     static void applyStep(SuiteDatabase& db, int step);
+    static void renameDuplicateDefinitions(SuiteDatabase& db);
     static QStringList checkSqlite(SuiteDatabase& db);
     static QStringList checkPostgres(SuiteDatabase& db);
     static QString orphanProblem(const QString& table, const QString& parent);
