@@ -214,10 +214,22 @@ QSqlDatabase SuiteDatabase::openConnection(const QString& name)
         setup.setForwardOnly(true);
         if (!setup.exec(QStringLiteral("SELECT set_config('statement_timeout', '%1', false), "
                                        "set_config('lock_timeout', '%1', false), session_user, "
-                                       "current_setting('transaction_read_only')")
+                                       "current_setting('transaction_read_only'), current_schema()")
                             .arg(milliseconds)) ||
             !setup.next())
-            failOpen(QStringLiteral("the database server did not answer"), errorText(setup.lastError()));
+        {
+            const QString detail = errorText(setup.lastError());
+            db.close();
+            failOpen(QStringLiteral("the database server did not answer"), detail);
+        }
+        // Without the right to use the schema the tables would read as missing.
+        if (setup.value(4).isNull())
+        {
+            const QString login = setup.value(2).toString();
+            db.close();
+            failOpen(QStringLiteral("the login \"%1\" may not use the database's schema").arg(login),
+                     QStringLiteral("current_schema() is null: no schema of the search path may be used"));
+        }
         ConnectionState& state = states()[name];
         state.sessionUser = setup.value(2).toString();
         state.readOnly = setup.value(3).toString() == QLatin1String("on");
@@ -235,7 +247,12 @@ QSqlDatabase SuiteDatabase::openConnection(const QString& name)
              {QStringLiteral("PRAGMA foreign_keys = ON"), QStringLiteral("PRAGMA cache_size = -2000")})
         {
             if (!pragma.exec(setting))
-                failOpen(QStringLiteral("the file cannot be read"), errorText(pragma.lastError()));
+            {
+                const QString detail = errorText(pragma.lastError());
+                pragma.finish();
+                db.close();
+                failOpen(QStringLiteral("the file cannot be read"), detail);
+            }
         }
     }
     return db;
@@ -272,12 +289,22 @@ QString SuiteDatabase::sessionUser()
     return states().value(connectionName()).sessionUser;
 }
 
-bool SuiteDatabase::mayRunAgain()
+bool SuiteDatabase::mayRunAgain(const QSqlError& error)
 {
     if (!isPostgres())
         return false;
     const QString name = connectionName();
-    return states().value(name).depth == 0 && !QSqlDatabase::database(name, false).isOpen();
+    if (states().value(name).depth > 0)
+        return false;
+    QSqlDatabase db = QSqlDatabase::database(name, false);
+    if (!db.isOpen())
+        return true;
+    // The server said it ended the connection (a shutdown, a terminated
+    // backend) before the driver noticed: it is closed here too.
+    if (classify(error, false) != Failure::ConnectionLost)
+        return false;
+    db.close();
+    return true;
 }
 
 QSqlQuery SuiteDatabase::exec(const QString& sql, const QVariantList& params)
@@ -291,7 +318,7 @@ QSqlQuery SuiteDatabase::exec(const QString& sql, const QVariantList& params)
         const bool done = params.isEmpty() ? query.exec(sql) : query.prepare(sql) && bindAndRun(query, params);
         if (done)
             return query;
-        if (firstRun && mayRunAgain())
+        if (firstRun && mayRunAgain(query.lastError()))
             continue;
         failQuery(query);
     }
@@ -305,7 +332,7 @@ QSqlQuery SuiteDatabase::prepare(const QString& sql)
         query.setForwardOnly(true);
         if (query.prepare(sql))
             return query;
-        if (firstRun && mayRunAgain())
+        if (firstRun && mayRunAgain(query.lastError()))
             continue;
         failQuery(query);
     }
@@ -315,7 +342,7 @@ void SuiteDatabase::run(QSqlQuery& query, const QVariantList& params)
 {
     if (bindAndRun(query, params))
         return;
-    if (mayRunAgain())
+    if (mayRunAgain(query.lastError()))
     {
         // Prepared on the connection that was lost: prepared anew on the new one.
         query = prepare(query.lastQuery());
@@ -384,21 +411,12 @@ void SuiteDatabase::begin()
             {
                 // A connection found lost at the start of a transaction is
                 // opened anew: nothing of it has run yet.
-                QSqlError error = db.lastError();
-                bool lost = !db.isOpen();
-                if (lost)
-                {
-                    db = connection();
-                    if (!db.transaction())
-                    {
-                        error = db.lastError();
-                        lost = !db.isOpen();
-                    }
-                    else
-                        error = QSqlError();
-                }
-                if (error.isValid())
-                    failQuery(error, lost);
+                const QSqlError error = db.lastError();
+                if (!mayRunAgain(error))
+                    failQuery(error, !db.isOpen());
+                db = connection();
+                if (!db.transaction())
+                    failQuery(db.lastError(), !db.isOpen());
             }
         }
         else
@@ -579,7 +597,12 @@ void SuiteDatabase::failQuery(QSqlQuery& query)
 {
     const QSqlError error = query.lastError();
     const QString name = connectionName();
-    const bool lost = isPostgres() && !QSqlDatabase::database(name, false).isOpen();
+    QSqlDatabase db = QSqlDatabase::database(name, false);
+    const bool lost = isPostgres() && (!db.isOpen() || classify(error, false) == Failure::ConnectionLost);
+    // A connection the server ended is closed here too, so that nothing more
+    // of its transaction runs and the next action opens a new one.
+    if (lost && db.isOpen())
+        db.close();
     ConnectionState& state = states()[name];
     if (state.depth > 0)
         state.failed.push_back(std::move(query));
@@ -612,8 +635,8 @@ void SuiteDatabase::failQuery(const QSqlError& error, bool connectionLost) const
                            detail);
     case Failure::PermissionDenied:
         throw RuntimeError(ErrorPermissionDenied, ErrorSource,
-                           QStringLiteral("The QC database server does not allow this login to make the change "
-                                          "(%1).")
+                           QStringLiteral("The QC database server does not give this login the permission for "
+                                          "the request (%1).")
                                .arg(m_settings.describe()),
                            detail);
     case Failure::DuplicateKey:

@@ -147,9 +147,10 @@ private:
     QSqlDatabase openConnection(const QString& name);
     void applyTimeout(QSqlDatabase& db);
     bool sqliteWritable() const;
-    // True when the statement failed because the server connection is gone
-    // and no transaction was open on it: it may run again on a new one.
-    bool mayRunAgain();
+    // True when the statement failed with error because the server
+    // connection is gone and no transaction was open on it: it may run again
+    // on a new one.
+    bool mayRunAgain(const QSqlError& error);
     Failure classify(const QSqlError& error, bool connectionLost) const;
     [[noreturn]] void failOpen(const QString& reason, const QString& detail = QString()) const;
     [[noreturn]] void failQuery(QSqlQuery& query);
