@@ -24,8 +24,9 @@ public:
     // 0 = the program may start; otherwise StartCheckReason() says why not.
     virtual qint32 StartCheck() = 0;
     virtual QString StartCheckReason() = 0;
-    // Why the database takes no changes now (a read-only file or server), for
-    // the user; empty when it takes them. Right 501 is withheld meanwhile.
+    // Why right 501, which the user holds, is withheld now: the database takes
+    // no changes (a read-only file or server). For the user; empty when the
+    // database takes them or the user does not hold the right.
     virtual QString ReadOnlyReason() = 0;
     virtual void PatientNotify(qint32 eventCode, qint32 applicationNumber, qint32 reserved,
                                const QString& patientId) = 0;

@@ -87,6 +87,9 @@ bool NorrixCalcEngine::HasRight(qint32 right)
 
 QString NorrixCalcEngine::ReadOnlyReason()
 {
+    // Only a right the user holds is withheld.
+    if (!user().hasRight(RightEditReports))
+        return QString();
     try
     {
         if (m_unanswered.isEmpty() && m_db.isReadOnly())

@@ -20,7 +20,7 @@
 //
 // Right 501 is withheld while the database takes no changes (a read-only
 // SQLite file, a standby server), asked afresh each time; ReadOnlyReason
-// says why. An entry that cannot be written to the audit log (a read-only
+// says why to a user who holds the right. An entry that cannot be written to the audit log (a read-only
 // database, a login that may not write it, a database that does not answer)
 // is left out with a warning on the standard error: it never stops what the
 // user does.
