@@ -1,6 +1,7 @@
 #include "suite/SuiteDatabase.h"
 
 #include "platform/RuntimeError.h"
+#include "suite/ServerAnswerWatch.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -33,6 +34,8 @@ struct ConnectionState
     QString sessionUser;
     // The bound applied to the connection's waits.
     qint32 timeoutSeconds = 0;
+    // How long a statement may run on the server (its statement_timeout).
+    qint64 statementMilliseconds = 0;
 };
 
 QHash<QString, ConnectionState>& states()
@@ -76,6 +79,11 @@ bool bindAndRun(QSqlQuery& query, const QVariantList& params)
         query.bindValue(int(i), params.at(i));
     return query.exec();
 }
+
+// A server that cannot enforce its statement timeout (a backend that is
+// stopped or stalled) is given this long beyond it before the program's own
+// watch breaks the connection off.
+constexpr qint64 kAnswerGraceMilliseconds = 2000;
 
 // SQLite's result codes (the low byte of an extended code).
 constexpr int kSqliteBusy = 5;
@@ -157,6 +165,7 @@ QSqlDatabase SuiteDatabase::openConnection(const QString& name)
     const qint32 seconds = m_settings.timeoutSeconds;
     ConnectionState opened;
     opened.timeoutSeconds = seconds;
+    opened.statementMilliseconds = qint64(seconds) * 1000;
     if (isPostgres())
     {
         db.setHostName(m_settings.host);
@@ -212,13 +221,18 @@ QSqlDatabase SuiteDatabase::openConnection(const QString& name)
         const QString milliseconds = QString::number(qint64(seconds) * 1000);
         QSqlQuery setup(db);
         setup.setForwardOnly(true);
-        if (!setup.exec(QStringLiteral("SELECT set_config('statement_timeout', '%1', false), "
-                                       "set_config('lock_timeout', '%1', false), session_user, "
-                                       "current_setting('transaction_read_only'), current_schema()")
-                            .arg(milliseconds)) ||
-            !setup.next())
+        bool brokeOff = false;
+        const bool answered = watched(db, brokeOff, [&] {
+            return setup.exec(QStringLiteral("SELECT set_config('statement_timeout', '%1', false), "
+                                             "set_config('lock_timeout', '%1', false), session_user, "
+                                             "current_setting('transaction_read_only'), current_schema()")
+                                  .arg(milliseconds)) &&
+                   setup.next();
+        });
+        if (!answered)
         {
-            const QString detail = errorText(setup.lastError());
+            const QString detail = brokeOff ? QStringLiteral("no answer") : errorText(setup.lastError());
+            setup.finish();
             db.close();
             failOpen(QStringLiteral("the database server did not answer"), detail);
         }
@@ -266,15 +280,30 @@ void SuiteDatabase::applyTimeout(QSqlDatabase& db)
                                                       "set_config('lock_timeout', '%1', false)")
                                            .arg(milliseconds)
                                      : QStringLiteral("PRAGMA busy_timeout = %1").arg(milliseconds);
-    if (!query.exec(sql))
-        failQuery(query);
-    states()[connectionName()].timeoutSeconds = m_settings.timeoutSeconds;
+    bool brokeOff = false;
+    if (!watched(db, brokeOff, [&] { return query.exec(sql); }))
+        failQuery(query, brokeOff);
+    ConnectionState& state = states()[connectionName()];
+    state.timeoutSeconds = m_settings.timeoutSeconds;
+    state.statementMilliseconds = milliseconds;
+}
+
+bool SuiteDatabase::watched(const QSqlDatabase& db, bool& brokeOff, const std::function<bool()>& request)
+{
+    const ServerAnswerWatch watch(
+        db, std::chrono::milliseconds(states().value(connectionName()).statementMilliseconds + kAnswerGraceMilliseconds));
+    const bool done = request();
+    brokeOff = !done && watch.brokeOff();
+    return done;
 }
 
 void SuiteDatabase::allowLongStatements(qint32 seconds)
 {
-    if (isPostgres())
-        exec(QStringLiteral("SELECT set_config('statement_timeout', '%1', false)").arg(qint64(seconds) * 1000));
+    if (!isPostgres())
+        return;
+    const qint64 milliseconds = qint64(seconds) * 1000;
+    exec(QStringLiteral("SELECT set_config('statement_timeout', '%1', false)").arg(milliseconds));
+    states()[connectionName()].statementMilliseconds = milliseconds;
 }
 
 bool SuiteDatabase::isReadOnly()
@@ -311,16 +340,20 @@ QSqlQuery SuiteDatabase::exec(const QString& sql, const QVariantList& params)
 {
     for (bool firstRun = true;; firstRun = false)
     {
-        QSqlQuery query(connection());
+        QSqlDatabase db = connection();
+        QSqlQuery query(db);
         query.setForwardOnly(true);
         // A statement without values runs as it is: PostgreSQL prepares only
         // queries and data changes, not the schema's statements.
-        const bool done = params.isEmpty() ? query.exec(sql) : query.prepare(sql) && bindAndRun(query, params);
+        bool brokeOff = false;
+        const bool done = watched(db, brokeOff, [&] {
+            return params.isEmpty() ? query.exec(sql) : query.prepare(sql) && bindAndRun(query, params);
+        });
         if (done)
             return query;
-        if (firstRun && mayRunAgain(query.lastError()))
+        if (firstRun && !brokeOff && mayRunAgain(query.lastError()))
             continue;
-        failQuery(query);
+        failQuery(query, brokeOff);
     }
 }
 
@@ -328,28 +361,31 @@ QSqlQuery SuiteDatabase::prepare(const QString& sql)
 {
     for (bool firstRun = true;; firstRun = false)
     {
-        QSqlQuery query(connection());
+        QSqlDatabase db = connection();
+        QSqlQuery query(db);
         query.setForwardOnly(true);
-        if (query.prepare(sql))
+        bool brokeOff = false;
+        if (watched(db, brokeOff, [&] { return query.prepare(sql); }))
             return query;
-        if (firstRun && mayRunAgain(query.lastError()))
+        if (firstRun && !brokeOff && mayRunAgain(query.lastError()))
             continue;
-        failQuery(query);
+        failQuery(query, brokeOff);
     }
 }
 
 void SuiteDatabase::run(QSqlQuery& query, const QVariantList& params)
 {
-    if (bindAndRun(query, params))
+    bool brokeOff = false;
+    if (watched(connection(), brokeOff, [&] { return bindAndRun(query, params); }))
         return;
-    if (mayRunAgain(query.lastError()))
+    if (!brokeOff && mayRunAgain(query.lastError()))
     {
         // Prepared on the connection that was lost: prepared anew on the new one.
         query = prepare(query.lastQuery());
-        if (bindAndRun(query, params))
+        if (watched(connection(), brokeOff, [&] { return bindAndRun(query, params); }))
             return;
     }
-    failQuery(query);
+    failQuery(query, brokeOff);
 }
 
 QVariant SuiteDatabase::scalar(const QString& sql, const QVariantList& params)
@@ -365,16 +401,18 @@ void SuiteDatabase::insertRows(const QString& table, const QStringList& columns,
     if (rows.empty())
         return;
     const int batch = rowsPerStatement(columns.size());
-    QSqlQuery query(connection());
+    QSqlDatabase db = connection();
+    QSqlQuery query(db);
     int prepared = 0;
+    bool brokeOff = false;
     for (size_t first = 0; first < rows.size(); first += size_t(batch))
     {
         const int count = int(qMin(size_t(batch), rows.size() - first));
         if (count != prepared)
         {
             const QString sql = insertStatement(table, columns, count);
-            if (!query.prepare(sql))
-                failQuery(query);
+            if (!watched(db, brokeOff, [&] { return query.prepare(sql); }))
+                failQuery(query, brokeOff);
             prepared = count;
         }
         int position = 0;
@@ -383,8 +421,8 @@ void SuiteDatabase::insertRows(const QString& table, const QStringList& columns,
             for (const QVariant& value : rows[first + size_t(r)])
                 query.bindValue(position++, value);
         }
-        if (!query.exec())
-            failQuery(query);
+        if (!watched(db, brokeOff, [&] { return query.exec(); }))
+            failQuery(query, brokeOff);
     }
 }
 
@@ -407,16 +445,17 @@ void SuiteDatabase::begin()
         if (isPostgres())
         {
             QSqlDatabase db = connection();
-            if (!db.transaction())
+            bool brokeOff = false;
+            if (!watched(db, brokeOff, [&] { return db.transaction(); }))
             {
                 // A connection found lost at the start of a transaction is
                 // opened anew: nothing of it has run yet.
                 const QSqlError error = db.lastError();
-                if (!mayRunAgain(error))
-                    failQuery(error, !db.isOpen());
+                if (brokeOff || !mayRunAgain(error))
+                    failRequest(db, error, brokeOff);
                 db = connection();
-                if (!db.transaction())
-                    failQuery(db.lastError(), !db.isOpen());
+                if (!watched(db, brokeOff, [&] { return db.transaction(); }))
+                    failRequest(db, db.lastError(), brokeOff);
             }
         }
         else
@@ -480,14 +519,14 @@ void SuiteDatabase::commit()
         release();
         failQuery(QSqlError(), true);
     }
-    if (!db.commit())
+    bool brokeOff = false;
+    if (!watched(db, brokeOff, [&] { return db.commit(); }))
     {
         const QSqlError error = db.lastError();
-        const bool lost = isPostgres() && !db.isOpen();
-        if (!lost)
-            db.rollback();
+        if (db.isOpen() && !brokeOff)
+            watched(db, brokeOff, [&] { return db.rollback(); });
         release();
-        failQuery(error, lost);
+        failRequest(db, error, brokeOff);
     }
     release();
 }
@@ -507,8 +546,9 @@ void SuiteDatabase::rollback()
     state.beforeCommit.clear();
     // A lost connection took its transaction with it; nothing is left to undo.
     QSqlDatabase db = QSqlDatabase::database(name, false);
-    if (db.isOpen())
-        db.rollback();
+    bool brokeOff = false;
+    if (db.isOpen() && !watched(db, brokeOff, [&] { return db.rollback(); }) && brokeOff)
+        db.close();
     states()[name].failed.clear();
 }
 
@@ -593,19 +633,30 @@ void SuiteDatabase::failOpen(const QString& reason, const QString& detail) const
                        detail);
 }
 
-void SuiteDatabase::failQuery(QSqlQuery& query)
+void SuiteDatabase::failQuery(QSqlQuery& query, bool brokeOff)
 {
     const QSqlError error = query.lastError();
     const QString name = connectionName();
-    QSqlDatabase db = QSqlDatabase::database(name, false);
-    const bool lost = isPostgres() && (!db.isOpen() || classify(error, false) == Failure::ConnectionLost);
-    // A connection the server ended is closed here too, so that nothing more
-    // of its transaction runs and the next action opens a new one.
-    if (lost && db.isOpen())
-        db.close();
     ConnectionState& state = states()[name];
     if (state.depth > 0)
         state.failed.push_back(std::move(query));
+    else
+        query.finish();
+    failRequest(QSqlDatabase::database(name, false), error, brokeOff);
+}
+
+void SuiteDatabase::failRequest(QSqlDatabase db, const QSqlError& error, bool brokeOff)
+{
+    const bool lost =
+        isPostgres() && !brokeOff && (!db.isOpen() || classify(error, false) == Failure::ConnectionLost);
+    // A connection the server ended, or the watch broke off, is closed here
+    // too, so that nothing more of its transaction runs and the next action
+    // opens a new one.
+    if ((lost || brokeOff) && db.isOpen())
+        db.close();
+    if (brokeOff)
+        failQuery(QSqlError(QString(), QStringLiteral("no answer from the server; the connection was broken off"),
+                            QSqlError::StatementError, QStringLiteral("57014")));
     failQuery(error, lost);
 }
 

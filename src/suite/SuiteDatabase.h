@@ -153,7 +153,15 @@ private:
     bool mayRunAgain(const QSqlError& error);
     Failure classify(const QSqlError& error, bool connectionLost) const;
     [[noreturn]] void failOpen(const QString& reason, const QString& detail = QString()) const;
-    [[noreturn]] void failQuery(QSqlQuery& query);
+    // Runs request, a call that waits for the server's answer, under the
+    // program's own watch (ServerAnswerWatch); brokeOff tells whether the
+    // watch ended the wait.
+    bool watched(const QSqlDatabase& db, bool& brokeOff, const std::function<bool()>& request);
+    // The query failed; brokeOff: the watch ended its wait.
+    [[noreturn]] void failQuery(QSqlQuery& query, bool brokeOff = false);
+    // A request on db failed with error: raises it, closing a connection
+    // that was lost or broken off.
+    [[noreturn]] void failRequest(QSqlDatabase db, const QSqlError& error, bool brokeOff);
     [[noreturn]] void failQuery(const QSqlError& error, bool connectionLost = false) const;
 
     SuiteSettings m_settings;

@@ -3,6 +3,7 @@
 #include "ScopedServerSession.h"
 #include "SuiteTestDatabase.h"
 #include "platform/RuntimeError.h"
+#include "suite/NorrixPatientQuery.h"
 #include "suite/NorrixReportStore.h"
 #include "suite/SuiteDataLoader.h"
 
@@ -13,6 +14,7 @@
 #include <QTest>
 
 #include <arpa/inet.h>
+#include <csignal>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -208,6 +210,33 @@ private slots:
                                                      "busy; try again in a moment."));
         QVERIFY2(milliseconds < 4000, qPrintable(QString::number(milliseconds)));
         QCOMPARE(db.scalar(QStringLiteral("SELECT 6 * 7")).toInt(), 42);
+    }
+
+    void aStalledServerBackendEndsAFindWithinTheTimeout()
+    {
+        if (!SuiteTestDatabase::onPostgres())
+            QSKIP("a server backend that stops answering; this runs in the PostgreSQL run");
+        SuiteTestDatabase test;
+        test.fillDemo();
+        test.setValue(QStringLiteral("Database Timeout Seconds"), 2);
+        QCOMPARE(NorrixPatientQuery().FindByIdNum(QStringLiteral("QC001"))->RecordCount(), 1);
+        // The backend of the program's connection stops, as a stalled one
+        // does: it can no more enforce its own statement timeout.
+        const qint64 backend =
+            SuiteDatabase(test.settings()).scalar(QStringLiteral("SELECT pg_backend_pid()")).toLongLong();
+        QVERIFY(backend > 0);
+        QVERIFY(::kill(pid_t(backend), SIGSTOP) == 0);
+        const auto resume = qScopeGuard([backend] { ::kill(pid_t(backend), SIGCONT); });
+
+        qint64 milliseconds = 0;
+        const RuntimeError error =
+            timed([] { NorrixPatientQuery().FindByIdNum(QStringLiteral("QC001")); }, milliseconds);
+        QCOMPARE(error.number(), SuiteDatabase::ErrorTimedOut);
+        QCOMPARE(error.description(), timeoutMessage(2));
+        QVERIFY2(milliseconds >= 2000 && milliseconds < 7000, qPrintable(QString::number(milliseconds)));
+
+        // The next search connects anew and is answered.
+        QCOMPARE(NorrixPatientQuery().FindByIdNum(QStringLiteral("QC001"))->RecordCount(), 1);
     }
 
     void aWriterInAnotherProcessEndsASaveWithinTheBusyTimeout()
