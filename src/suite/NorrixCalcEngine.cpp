@@ -35,8 +35,8 @@ const SuiteUser& NorrixCalcEngine::user()
             if (error.number() == SuiteDatabase::ErrorTimedOut)
                 m_unanswered = error.description();
             // The login the settings name on a server; the system user on a file.
-            const QString name = m_db.isPostgres() && !m_db.settings().user.isEmpty() ? m_db.settings().user
-                                                                                     : SuiteUser::currentName();
+            const QString name =
+                m_db.isPostgres() && !m_db.settings().user.isEmpty() ? m_db.settings().user : SuiteUser::currentName();
             m_user = SuiteUser::defaults(m_db.settings(), name);
         }
     }
@@ -186,10 +186,10 @@ void NorrixCalcEngine::log(const QString& kind, qint32 application, const QVaria
             return;
         m_db.runWhole([&] {
             SuiteTransaction transaction(m_db);
-            m_db.exec(QStringLiteral("INSERT INTO audit_log (logged_at, user_name, application, event_kind, "
-                                     "event_code, patient_id_num, auto_logout) VALUES (?, ?, ?, ?, ?, ?, ?)"),
-                      {SuiteText::timestamp(Clock::now()), user().name, application, kind, eventCode, patientId,
-                       autoLogout});
+            m_db.exec(
+                QStringLiteral("INSERT INTO audit_log (logged_at, user_name, application, event_kind, "
+                               "event_code, patient_id_num, auto_logout) VALUES (?, ?, ?, ?, ?, ?, ?)"),
+                {SuiteText::timestamp(Clock::now()), user().name, application, kind, eventCode, patientId, autoLogout});
             transaction.commit();
         });
     }

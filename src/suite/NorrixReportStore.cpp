@@ -236,8 +236,7 @@ qint32 NorrixReportStore::DeleteReport(qint32 reportId, const QString& reserved)
         // half of replacing the definition (Save).
         const bool replacing = m_db.inTransaction();
         SuiteTransaction transaction(m_db);
-        const QVariant tab =
-            m_db.scalar(QStringLiteral("SELECT tab FROM qc_reports WHERE report_id = ?"), {reportId});
+        const QVariant tab = m_db.scalar(QStringLiteral("SELECT tab FROM qc_reports WHERE report_id = ?"), {reportId});
         m_db.exec(QStringLiteral("DELETE FROM qc_report_params WHERE report_id = ?"), {reportId});
         const int deleted =
             m_db.exec(QStringLiteral("DELETE FROM qc_reports WHERE report_id = ?"), {reportId}).numRowsAffected();

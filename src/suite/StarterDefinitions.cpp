@@ -65,9 +65,9 @@ qint32 tableOf(SuiteDatabase& db, qint16 tab, const QString& name, QString& chos
 QString freeName(SuiteDatabase& db, const QString& name)
 {
     QString candidate = name;
-    for (int number = 2; !db.scalar(QStringLiteral("SELECT 1 FROM qc_reports WHERE name_key = ?"),
-                                    {SuiteText::searchKey(candidate)})
-                            .isNull();
+    for (int number = 2;
+         !db.scalar(QStringLiteral("SELECT 1 FROM qc_reports WHERE name_key = ?"), {SuiteText::searchKey(candidate)})
+              .isNull();
          ++number)
         candidate = QStringLiteral("%1 (%2)").arg(name).arg(number);
     return candidate;

@@ -290,8 +290,8 @@ void SuiteDatabase::applyTimeout(QSqlDatabase& db)
 
 bool SuiteDatabase::watched(const QSqlDatabase& db, bool& brokeOff, const std::function<bool()>& request)
 {
-    const ServerAnswerWatch watch(
-        db, std::chrono::milliseconds(states().value(connectionName()).statementMilliseconds + kAnswerGraceMilliseconds));
+    const ServerAnswerWatch watch(db, std::chrono::milliseconds(states().value(connectionName()).statementMilliseconds +
+                                                                kAnswerGraceMilliseconds));
     const bool done = request();
     brokeOff = !done && watch.brokeOff();
     return done;
@@ -598,8 +598,8 @@ SuiteDatabase::Failure SuiteDatabase::classify(const QSqlError& error, bool conn
             return Failure::PermissionDenied;
         if (code == QLatin1String("23505"))
             return Failure::DuplicateKey;
-        if (code.startsWith(QLatin1String("08")) || code == QLatin1String("57P01") ||
-            code == QLatin1String("57P02") || code == QLatin1String("57P03"))
+        if (code.startsWith(QLatin1String("08")) || code == QLatin1String("57P01") || code == QLatin1String("57P02") ||
+            code == QLatin1String("57P03"))
             return Failure::ConnectionLost;
         return Failure::Other;
     }
@@ -647,8 +647,7 @@ void SuiteDatabase::failQuery(QSqlQuery& query, bool brokeOff)
 
 void SuiteDatabase::failRequest(QSqlDatabase db, const QSqlError& error, bool brokeOff)
 {
-    const bool lost =
-        isPostgres() && !brokeOff && (!db.isOpen() || classify(error, false) == Failure::ConnectionLost);
+    const bool lost = isPostgres() && !brokeOff && (!db.isOpen() || classify(error, false) == Failure::ConnectionLost);
     // A connection the server ended, or the watch broke off, is closed here
     // too, so that nothing more of its transaction runs and the next action
     // opens a new one.
@@ -692,8 +691,7 @@ void SuiteDatabase::failQuery(const QSqlError& error, bool connectionLost) const
                            detail);
     case Failure::DuplicateKey:
         throw RuntimeError(ErrorDuplicateKey, ErrorSource,
-                           QStringLiteral("The QC database holds such an entry already; nothing was changed."),
-                           detail);
+                           QStringLiteral("The QC database holds such an entry already; nothing was changed."), detail);
     case Failure::Other:
         break;
     }

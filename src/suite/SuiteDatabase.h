@@ -112,8 +112,7 @@ public:
     // middle of it and it is not part of a transaction begun before, it runs
     // once more on a new connection: the server has dropped whatever it had
     // done, for each of the suite's writes is one transaction.
-    template <typename Work>
-    auto runWhole(Work&& work) -> decltype(work())
+    template <typename Work> auto runWhole(Work&& work) -> decltype(work())
     {
         if (inTransaction())
             return work();

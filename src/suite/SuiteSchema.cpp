@@ -239,7 +239,8 @@ void SuiteSchema::renameDuplicateDefinitions(SuiteDatabase& db)
     std::vector<Definition> definitions;
     QSet<QString> keys;
     {
-        QSqlQuery query = db.exec(QStringLiteral("SELECT report_id, name, name_key FROM qc_reports ORDER BY report_id"));
+        QSqlQuery query =
+            db.exec(QStringLiteral("SELECT report_id, name, name_key FROM qc_reports ORDER BY report_id"));
         while (query.next())
         {
             definitions.push_back({query.value(0).toInt(), query.value(1).toString(), query.value(2).toString()});

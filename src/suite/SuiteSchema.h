@@ -28,7 +28,6 @@ class SuiteSchema
 public:
     static constexpr int CurrentVersion = 4;
 
-
     // The version of the database's schema; 0 when it has none yet.
     static int version(SuiteDatabase& db);
 

@@ -49,8 +49,8 @@ public:
             return m_mount->remountReadOnly();
         bool done = true;
         for (const QString& name : QDir(path()).entryList(QDir::Files | QDir::Hidden))
-            done = QFile::setPermissions(filePath(name), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther) &&
-                   done;
+            done =
+                QFile::setPermissions(filePath(name), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther) && done;
         return setFolderWritable(false) && done;
     }
     // Only the folder is read-only (its files keep their permissions); not
@@ -63,8 +63,8 @@ public:
             return m_mount->remountReadWrite();
         bool done = setFolderWritable(true);
         for (const QString& name : QDir(path()).entryList(QDir::Files | QDir::Hidden))
-            done = QFile::setPermissions(filePath(name), QFile::permissions(filePath(name)) | QFile::WriteOwner) &&
-                   done;
+            done =
+                QFile::setPermissions(filePath(name), QFile::permissions(filePath(name)) | QFile::WriteOwner) && done;
         return done;
     }
 

@@ -22,10 +22,7 @@ class ConcurrentWorkstation : public QObject
     Q_OBJECT
 
 private:
-    static void say(const QString& line)
-    {
-        QTextStream(stdout) << "workstation: " << line << Qt::endl;
-    }
+    static void say(const QString& line) { QTextStream(stdout) << "workstation: " << line << Qt::endl; }
 
     static ReportInfo opened(NorrixReportStore& store, qint32 id)
     {

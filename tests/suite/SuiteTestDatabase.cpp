@@ -47,13 +47,11 @@ QMap<QString, QVariant> SuiteTestDatabase::claimDatabase()
     if (!server)
         return {{QStringLiteral("Database Driver"), SuiteSettings::SqliteDriver},
                 {QStringLiteral("Default Rights"), rights}};
-    return {{QStringLiteral("Database Driver"), server->driver},
-            {QStringLiteral("Database Host"), server->host},
-            {QStringLiteral("Database Port"), server->port},
-            {QStringLiteral("Database Name"), server->databaseName},
-            {QStringLiteral("Database User"), server->user},
-            {QStringLiteral("Database Password"), server->password},
-            {QStringLiteral("Default Rights"), rights}};
+    return {
+        {QStringLiteral("Database Driver"), server->driver}, {QStringLiteral("Database Host"), server->host},
+        {QStringLiteral("Database Port"), server->port},     {QStringLiteral("Database Name"), server->databaseName},
+        {QStringLiteral("Database User"), server->user},     {QStringLiteral("Database Password"), server->password},
+        {QStringLiteral("Default Rights"), rights}};
 }
 
 SuiteTestDatabase::SuiteTestDatabase()

@@ -112,8 +112,8 @@ private slots:
         for (int round = 1; round <= 3; ++round)
         {
             const QString name = QStringLiteral("RaceName %1").arg(round);
-            const QStringList answers = race(QStringLiteral("saveas ") + name, QStringLiteral("saveas ") + name,
-                                             QStringLiteral("counted 0"));
+            const QStringList answers =
+                race(QStringLiteral("saveas ") + name, QStringLiteral("saveas ") + name, QStringLiteral("counted 0"));
             QCOMPARE(answers.size(), 2);
             QVERIFY2(answers.at(0).startsWith(QStringLiteral("error %1 ").arg(QCReportStore::ErrorNameTaken)),
                      qPrintable(answers.join(u'|')));

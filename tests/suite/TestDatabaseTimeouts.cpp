@@ -9,8 +9,8 @@
 
 #include <QElapsedTimer>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QScopeGuard>
+#include <QStandardPaths>
 #include <QTest>
 
 #include <arpa/inet.h>
@@ -93,12 +93,8 @@ private slots:
     {
         SuiteTestDatabase test;
         QCOMPARE(test.settings().timeoutSeconds, 15); // missing
-        const QList<QPair<QVariant, int>> values{{5, 5},
-                                                 {QStringLiteral("7"), 7},
-                                                 {0, 15},
-                                                 {-3, 15},
-                                                 {QStringLiteral("soon"), 15},
-                                                 {999999, 3600}};
+        const QList<QPair<QVariant, int>> values{{5, 5},   {QStringLiteral("7"), 7},     {0, 15},
+                                                 {-3, 15}, {QStringLiteral("soon"), 15}, {999999, 3600}};
         for (const auto& [value, seconds] : values)
         {
             test.setValue(QStringLiteral("Database Timeout Seconds"), value);
@@ -202,8 +198,7 @@ private slots:
         test.setValue(QStringLiteral("Database Timeout Seconds"), 1);
         SuiteDatabase db(test.settings());
         qint64 milliseconds = 0;
-        const RuntimeError error =
-            timed([&] { db.exec(QStringLiteral("SELECT pg_sleep(?)"), {10}); }, milliseconds);
+        const RuntimeError error = timed([&] { db.exec(QStringLiteral("SELECT pg_sleep(?)"), {10}); }, milliseconds);
         QCOMPARE(error.number(), SuiteDatabase::ErrorTimedOut);
         QCOMPARE(error.description(), QStringLiteral("The QC database did not answer within 1 second. Another "
                                                      "workstation may be changing the same data, or the server is "

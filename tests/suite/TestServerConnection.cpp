@@ -32,9 +32,9 @@ private:
         QVERIFY2(admin.scalar(QStringLiteral("SELECT pg_terminate_backend(%1)").arg(backend)).toBool(),
                  qPrintable(admin.error()));
         // The backend is gone once the server no longer lists it.
-        QTRY_VERIFY(admin
-                        .scalar(QStringLiteral("SELECT COUNT(*) FROM pg_stat_activity WHERE pid = %1").arg(backend))
-                        .toInt() == 0);
+        QTRY_VERIFY(
+            admin.scalar(QStringLiteral("SELECT COUNT(*) FROM pg_stat_activity WHERE pid = %1").arg(backend)).toInt() ==
+            0);
     }
 
     static bool controlServer(const QString& command)

@@ -23,7 +23,7 @@ class TestServerRights : public QObject
 private:
     // The README's commands: the two groups of rights, once per database,
     // then a login of each kind.
-    static QStringList readmeCommands(const QString& database)
+    static QStringList readmeCommands(const QString& database, const QString& owner)
     {
         return {
             QStringLiteral("CREATE ROLE calvex_qc_run NOLOGIN"),
@@ -31,6 +31,9 @@ private:
             QStringLiteral("GRANT USAGE ON SCHEMA public TO calvex_qc_run"),
             QStringLiteral("GRANT SELECT ON ALL TABLES IN SCHEMA public TO calvex_qc_run"),
             QStringLiteral("GRANT INSERT ON audit_log TO calvex_qc_run"),
+            QStringLiteral("ALTER DEFAULT PRIVILEGES FOR ROLE %1 IN SCHEMA public GRANT SELECT ON TABLES TO "
+                           "calvex_qc_run")
+                .arg(owner),
             QStringLiteral("CREATE ROLE calvex_qc_edit NOLOGIN IN ROLE calvex_qc_run"),
             QStringLiteral("GRANT INSERT, UPDATE, DELETE ON qc_reports, qc_report_params TO calvex_qc_edit"),
             QStringLiteral("CREATE ROLE anna LOGIN PASSWORD 'change-me' IN ROLE calvex_qc_run"),
@@ -51,7 +54,7 @@ private:
             admin.exec(QStringLiteral("DROP OWNED BY ") + role);
             admin.exec(QStringLiteral("DROP ROLE ") + role);
         }
-        for (const QString& sql : readmeCommands(test.settings().databaseName))
+        for (const QString& sql : readmeCommands(test.settings().databaseName, test.settings().user))
             admin.exec(sql);
     }
 
@@ -196,9 +199,7 @@ private slots:
     {
         SuiteTestDatabase test;
         setUp(test);
-        if (!test.db()
-                 .scalar(QStringLiteral("SELECT 1 FROM pg_roles WHERE rolname = 'calvex_qc_nobody'"))
-                 .isNull())
+        if (!test.db().scalar(QStringLiteral("SELECT 1 FROM pg_roles WHERE rolname = 'calvex_qc_nobody'")).isNull())
         {
             test.db().exec(QStringLiteral("DROP OWNED BY calvex_qc_nobody"));
             test.db().exec(QStringLiteral("DROP ROLE calvex_qc_nobody"));

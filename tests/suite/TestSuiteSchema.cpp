@@ -148,10 +148,10 @@ private slots:
         // is what a renaming would choose first. 98 characters and " (2)"
         // leave no room for " (10)".
         const QString longName = QString(98, u'L');
-        const QStringList names{QStringLiteral("DLCO"),          QStringLiteral("Spirometry"), QStringLiteral("dlco"),
-                                QStringLiteral("DLCO (2)"),      QStringLiteral("DLCO"),       QStringLiteral("Spirometry"),
-                                QStringLiteral("Öberg"),         QStringLiteral("ÖBERG"),      longName,
-                                longName.toLower(),              QStringLiteral("Unique")};
+        const QStringList names{QStringLiteral("DLCO"),     QStringLiteral("Spirometry"), QStringLiteral("dlco"),
+                                QStringLiteral("DLCO (2)"), QStringLiteral("DLCO"),       QStringLiteral("Spirometry"),
+                                QStringLiteral("Öberg"),    QStringLiteral("ÖBERG"),      longName,
+                                longName.toLower(),         QStringLiteral("Unique")};
         const int variable =
             db.scalar(QStringLiteral("SELECT var_id FROM variables WHERE name = ?"), {QStringLiteral("FVC")}).toInt();
         const int table =
@@ -201,9 +201,9 @@ private slots:
         QCOMPARE(SuiteSchema::checkIntegrity(db), QStringList());
 
         // From now on the database keeps the names apart itself.
-        QVERIFY_THROWS_EXCEPTION(RuntimeError,
-                                 db.exec(QStringLiteral("INSERT INTO qc_reports (name, name_key, tab) VALUES (?, ?, 0)"),
-                                         {QStringLiteral("Dlco"), QStringLiteral("dlco")}));
+        QVERIFY_THROWS_EXCEPTION(
+            RuntimeError, db.exec(QStringLiteral("INSERT INTO qc_reports (name, name_key, tab) VALUES (?, ?, 0)"),
+                                  {QStringLiteral("Dlco"), QStringLiteral("dlco")}));
         // Migrating again renames nothing.
         QCOMPARE(SuiteSchema::migrate(db), SuiteSchema::CurrentVersion);
         QCOMPARE(db.scalar(QStringLiteral("SELECT name FROM qc_reports WHERE report_id = ?"), {ids.at(4)}).toString(),
