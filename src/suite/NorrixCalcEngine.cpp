@@ -127,9 +127,7 @@ qint32 NorrixCalcEngine::StartCheck()
     }
     catch (const RuntimeError& error)
     {
-        m_reason = error.detail().isEmpty()
-                       ? error.description()
-                       : QStringLiteral("%1 The database said: %2").arg(error.description(), error.detail());
+        m_reason = SuiteDatabase::fullText(error);
         return StartDatabaseUnreachable;
     }
     if (version < SuiteSchema::CurrentVersion)

@@ -262,10 +262,13 @@ QSqlDatabase SuiteDatabase::openConnection(const QString& name)
         {
             if (!pragma.exec(setting))
             {
-                const QString detail = errorText(pragma.lastError());
+                const QSqlError error = pragma.lastError();
                 pragma.finish();
                 db.close();
-                failOpen(QStringLiteral("the file cannot be read"), detail);
+                // Another program holding the file is a wait that ran out.
+                if (classify(error, false) == Failure::TimedOut)
+                    failQuery(error);
+                failOpen(QStringLiteral("the file cannot be read"), errorText(error));
             }
         }
     }
@@ -577,6 +580,13 @@ void SuiteDatabase::closeAllConnections()
         QSqlDatabase::database(name, false).close();
         QSqlDatabase::removeDatabase(name);
     }
+}
+
+QString SuiteDatabase::fullText(const RuntimeError& error)
+{
+    if (error.detail().isEmpty() || error.description().contains(error.detail()))
+        return error.description();
+    return QStringLiteral("%1 The database said: %2").arg(error.description(), error.detail().trimmed());
 }
 
 SuiteDatabase::Failure SuiteDatabase::classify(const QSqlError& error, bool connectionLost) const

@@ -128,6 +128,10 @@ public:
         return work();
     }
 
+    // The error's description followed by the database's own words, when it
+    // has them: for a log, the tool's standard error or a message's details.
+    static QString fullText(const RuntimeError& error);
+
     // Closes every connection the program holds (a later use reopens).
     static void closeAllConnections();
 
