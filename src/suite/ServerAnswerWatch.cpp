@@ -4,7 +4,11 @@
 #include <QVariant>
 
 #include <libpq-fe.h>
+#ifdef Q_OS_WIN
+#include <winsock2.h>
+#else
 #include <sys/socket.h>
+#endif
 
 #include <condition_variable>
 #include <map>
@@ -14,6 +18,16 @@
 namespace
 {
 using Clock = std::chrono::steady_clock;
+
+// Ends every wait on the socket: the driver's next read finds it closed.
+void shutDown(int socket)
+{
+#ifdef Q_OS_WIN
+    ::shutdown(SOCKET(socket), SD_BOTH);
+#else
+    ::shutdown(socket, SHUT_RDWR);
+#endif
+}
 
 struct Watched
 {
@@ -49,7 +63,7 @@ struct Watcher
                 if (entry.deadline <= Clock::now())
                 {
                     // The requester still waits: its socket is still the connection's.
-                    ::shutdown(entry.socket, SHUT_RDWR);
+                    shutDown(entry.socket);
                     entry.brokeOff = true;
                     continue;
                 }

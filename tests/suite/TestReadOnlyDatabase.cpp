@@ -1,5 +1,6 @@
 #include "common/TestMain.h"
 
+#include "NorrixDBQueryRun.h"
 #include "SuiteTestDatabase.h"
 #include "common/ScopedReadOnlyFolder.h"
 #include "platform/RuntimeError.h"
@@ -84,6 +85,11 @@ private slots:
         // The workstation starts while the database is read-only.
         SuiteDatabase::closeAllConnections();
         QVERIFY(folder.makeReadOnly());
+
+        // The database tool of every start finds it current and writes nothing.
+        const NorrixDBQueryRun tool = NorrixDBQueryRun::start({QStringLiteral("auto")});
+        QVERIFY2(tool.exitCode == 0, qPrintable(tool.err));
+        QVERIFY2(tool.out.startsWith(QLatin1String("QC database ready")), qPrintable(tool.out));
 
         // Nothing is left out of the log with a warning: nothing is tried.
         QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
