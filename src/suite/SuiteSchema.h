@@ -10,7 +10,8 @@ class SuiteDatabase;
 // storage order of the results are spelled per database; the key collation of
 // step 3 is PostgreSQL's alone). Every step runs in one transaction together
 // with the version it reaches, so a failed step leaves the database at the
-// version before it. Steps only add: no step drops or rewrites stored rows.
+// version before it. No step drops stored rows, and only step 4 changes any:
+// the names of report definitions that shared one.
 //
 // Versions:
 //   1  patients, catalogue (test tables, variables), visits, results, report
