@@ -3,6 +3,7 @@
 #include "app/HelpFile.h"
 #include "app/ProgramExit.h"
 #include "app/modTimerHook.h"
+#include "components/CalcEngine.h"
 #include "components/modCalcObject.h"
 #include "platform/Clock.h"
 #include "platform/MessageService.h"
@@ -161,6 +162,34 @@ void frmMain::Unload()
         Form_Unload();
     }
     close();
+}
+
+void frmMain::RefreshEditRights()
+{
+    // The user's own rights do not change during a run; only a database that
+    // could not be written may take changes again.
+    if (!m_blnReadOnlyTold || m_state.blnCanEditReports || m_blnLoading || !m_state.objCalc)
+        return;
+    try
+    {
+        if (!m_state.objCalc->HasRight(CalcEngine::RightEditReports))
+            return;
+    }
+    catch (const RuntimeError&)
+    {
+        return;
+    }
+    m_state.blnCanEditReports = true;
+    m_blnReadOnlyTold = false;
+    m_tabs->EnableEditing();
+    ApplyEditRights();
+}
+
+void frmMain::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        RefreshEditRights();
 }
 
 void frmMain::closeEvent(QCloseEvent* event)

@@ -77,13 +77,21 @@ public:
     // Set by the auto-logout before it closes the window.
     bool m_blnAutoLogout = false;
 
+    // While editing is off because the database could not be written: asks
+    // the engine for the edit right again and, once it is given, turns the
+    // editing controls on. The window does so whenever it becomes active.
+    void RefreshEditRights();
+
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void Form_Unload();
     void SetRunTimeCaptions();
     void ApplyEditRights();
+    // Tells the user, once, why editing is off when the database cannot be written.
+    void TellWhyEditingIsOff();
     void UnloadSplash();
     // Unloads the window and ends the program.
     void EndProgram();
@@ -99,4 +107,6 @@ private:
     bool m_blnLoading = false;
     std::array<bool, ReportTabsPanel::TabCount> m_blnModified{};
     bool m_unloaded = false;
+    // The user was told that the database cannot be written; editing is off until it can.
+    bool m_blnReadOnlyTold = false;
 };

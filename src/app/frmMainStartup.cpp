@@ -117,6 +117,17 @@ void frmMain::ApplyEditRights()
     m_tabs->cmdDelete->setEnabled(m_tabs->cboReports[std::size_t(tab)]->count() != 0);
 }
 
+void frmMain::TellWhyEditingIsOff()
+{
+    if (m_state.blnCanEditReports || m_blnReadOnlyTold || !m_state.objCalc)
+        return;
+    const QString reason = m_state.objCalc->ReadOnlyReason();
+    if (reason.isEmpty())
+        return;
+    m_blnReadOnlyTold = true;
+    MsgBox(reason, MsgStyle::Information, m_strMsgTitle);
+}
+
 void frmMain::Form_Load()
 {
     // One entry per statement of the start-up. A statement returns false when
@@ -224,6 +235,10 @@ void frmMain::Form_Load()
         },
         [this] {
             UnloadSplash();
+            return true;
+        },
+        [this] {
+            TellWhyEditingIsOff();
             return true;
         },
         [this] {

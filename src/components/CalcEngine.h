@@ -24,6 +24,10 @@ public:
     // 0 = the program may start; otherwise StartCheckReason() says why not.
     virtual qint32 StartCheck() = 0;
     virtual QString StartCheckReason() = 0;
+    // Why right 501, which the user holds, is withheld now: the database takes
+    // no changes (a read-only file or server). For the user; empty when the
+    // database takes them or the user does not hold the right.
+    virtual QString ReadOnlyReason() = 0;
     virtual void PatientNotify(qint32 eventCode, qint32 applicationNumber, qint32 reserved,
                                const QString& patientId) = 0;
     virtual void CloseApplication(qint32 applicationNumber, bool autoLogout) = 0;

@@ -15,14 +15,30 @@ class QCReportStore : public Component
 public:
     static inline const QString ClassId = QStringLiteral("NorrixQCReports.QCReportStore");
 
+    // The run-time errors a caller tells apart:
+    // SaveReport: another definition bears the name already (compared
+    // without regard to case), for instance one another workstation saved
+    // after the name was checked.
+    static constexpr qint32 ErrorNameTaken = 3022;
+    // DeleteReport inside BeginTrans (Save replacing a definition): the
+    // definition is no longer stored, for another workstation deleted or
+    // replaced it after it was opened here.
+    static constexpr qint32 ErrorDefinitionChanged = 3197;
+    // The most characters of a definition's name.
+    static constexpr qint32 MaxNameLength = 100;
+
     // All saved definitions: QCReportName, QCReportType, QCReportID.
     virtual RecordsetPtr ListReports() = 0;
     // The definition's parameter rows (QCUserName, ParamsUserName, ParamsUnit,
     // ShowInGraph, ShowInTable, QCTableID, ParamsDefID, Decimal) with units of
     // the chosen system, and its tab; nullptr when there is no such definition.
     virtual RecordsetPtr OpenReport(qint32 reportId, bool siUnits, qint32& tab) = 0;
-    // Stores the variables of info under name on info.TestTab; returns the new QCReportID.
+    // Stores the variables of info under name on info.TestTab; returns the new
+    // QCReportID. Only for a user who may edit definitions (right 501); a name
+    // that is taken raises ErrorNameTaken.
     virtual qint32 SaveReport(const QString& name, const ReportInfo& info) = 0;
+    // Only for a user who may edit definitions (right 501). Inside BeginTrans
+    // a definition that is no longer stored raises ErrorDefinitionChanged.
     virtual qint32 DeleteReport(qint32 reportId, const QString& reserved) = 0;
     virtual bool CanDeleteReport(qint32 reportId, const QString& reserved) = 0;
     // Compared without regard to case.

@@ -1,10 +1,11 @@
 #include "platform/RuntimeError.h"
 
-RuntimeError::RuntimeError(qint32 number, QString source, QString description)
+RuntimeError::RuntimeError(qint32 number, QString source, QString description, QString detail)
     : std::runtime_error(description.toStdString())
     , m_number(number)
     , m_source(std::move(source))
     , m_description(std::move(description))
+    , m_detail(std::move(detail))
 {}
 
 void RaiseObjectNotSet(const QString& source)

@@ -7,19 +7,26 @@
 // A run-time error as the program's handlers see it: a number, the component
 // that raised it and a readable description. Components throw it; every
 // handler that talks to the user or to a component catches it at its boundary.
+//
+// The description is the program's own sentence for the user. A component
+// that has a lower layer's text besides (a database driver's message) keeps it
+// as the detail, for a message box's details or a log, never in its place.
 class RuntimeError : public std::runtime_error
 {
 public:
-    RuntimeError(qint32 number, QString source, QString description);
+    RuntimeError(qint32 number, QString source, QString description, QString detail = QString());
 
     qint32 number() const { return m_number; }
     const QString& source() const { return m_source; }
     const QString& description() const { return m_description; }
+    // The lower layer's own text; empty when there is none.
+    const QString& detail() const { return m_detail; }
 
 private:
     qint32 m_number;
     QString m_source;
     QString m_description;
+    QString m_detail;
 };
 
 // Run-time error numbers the program raises or tests for itself.

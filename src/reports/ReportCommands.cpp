@@ -161,6 +161,11 @@ void ReportCommands::cmdSave_Click()
         }
         store.reset();
         MsgBox(error.description(), MsgStyle::Exclamation, m_host.MsgTitle());
+        // Another workstation replaced or deleted the stored copy: the grid
+        // holds what is stored nowhere, so it stays modified (leaving it
+        // asks first) and Save As can keep it.
+        if (error.number() == QCReportStore::ErrorDefinitionChanged)
+            m_host.SetReportDirty(tab, true);
     }
 }
 
@@ -171,18 +176,36 @@ void ReportCommands::cmdSaveAs_Click()
     try
     {
         QString name;
+        qint32 newId = 0;
+        for (bool saved = false; !saved;)
         {
-            frmSaveAs dialog(m_host.MsgTitle(), cmdSaveAs->window());
-            dialog.exec();
-            name = dialog.m_strName;
+            {
+                frmSaveAs dialog(m_host.MsgTitle(), cmdSaveAs->window());
+                // After a name taken meanwhile, the window opens again on it.
+                dialog.txtName->setText(name);
+                dialog.exec();
+                name = dialog.m_strName;
+            }
+            if (name.isEmpty())
+                return;
+
+            store = createStore();
+            try
+            {
+                newId = SaveReportDefinition(*store, name);
+                saved = true;
+            }
+            catch (const RuntimeError& error)
+            {
+                // Another workstation saved the name after the window had
+                // found it free: told as if it had been taken before.
+                if (error.number() != QCReportStore::ErrorNameTaken)
+                    throw;
+                store.reset();
+                MsgBox(GetResourceText(4091), MsgStyle::Exclamation, GetResourceText(4092));
+            }
+            store.reset();
         }
-        if (name.isEmpty())
-            return;
-
-        store = createStore();
-        const qint32 newId = SaveReportDefinition(*store, name);
-        store.reset();
-
         // The new item is selected without opening it: the grid already holds it.
         QComboBox* list = m_lists.cboReports[tab];
         m_host.SetLoading(true);

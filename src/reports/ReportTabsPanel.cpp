@@ -158,3 +158,11 @@ void ReportTabsPanel::DisableEditing()
     for (VariableEditor* editor : m_editors)
         editor->DisableEditing();
 }
+
+void ReportTabsPanel::EnableEditing()
+{
+    cmdSave->setEnabled(true);
+    for (VariableEditor* editor : m_editors)
+        editor->EnableEditing();
+    UpdateReportButtons();
+}

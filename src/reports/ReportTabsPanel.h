@@ -105,6 +105,9 @@ public:
 
     // Without the edit right every editing control is disabled.
     void DisableEditing();
+    // The edit right given again during the run (a database that can be
+    // written again): the editing controls follow their rules once more.
+    void EnableEditing();
 
     // The report request of tab: its grid's rows (names made unique), the
     // subject and the date boxes. The number of variables put in; 0 leaves

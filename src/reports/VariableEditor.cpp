@@ -507,3 +507,10 @@ void VariableEditor::DisableEditing()
                                                             cmdVarRemove, chkShowIn[0], chkShowIn[1]})
         control->setEnabled(false);
 }
+
+void VariableEditor::EnableEditing()
+{
+    for (QWidget* control : std::initializer_list<QWidget*>{cboTable, cboVariable, chkShowIn[0], chkShowIn[1]})
+        control->setEnabled(true);
+    UpdateVariableButtons();
+}

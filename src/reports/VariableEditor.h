@@ -80,6 +80,9 @@ public:
 
     // Without the edit right nothing can be chosen or changed.
     void DisableEditing();
+    // The edit right given again: the controls DisableEditing turned off
+    // follow their own rules once more.
+    void EnableEditing();
 
 signals:
     // Rows were added, changed or removed by the user.

@@ -9,6 +9,7 @@
 #include "suite/SuiteDatabase.h"
 #include "suite/SuiteSchema.h"
 #include "suite/SuiteTransaction.h"
+#include "suite/SuiteUser.h"
 
 #include <algorithm>
 #include <cmath>
@@ -544,9 +545,9 @@ void saveDefinitions(SuiteDatabase& db, SuiteDataLoader& loader)
                      tableOnly(rest, "Room Temperature")})},
     };
     // The store's own save, joining this transaction on the same connection.
-    NorrixReportStore store(db.settings());
+    const QString savedBy = SuiteUser::signedInName(db);
     for (const auto& [name, info] : definitions)
-        store.SaveReport(name, info);
+        NorrixReportStore::storeDefinition(db, name, info, savedBy);
 }
 
 void requireCurrentSchema(SuiteDatabase& db)

@@ -25,13 +25,18 @@ const SuiteUser& NorrixCalcEngine::user()
 {
     if (!m_user)
     {
-        const QString name = SuiteUser::currentName();
         try
         {
-            m_user = SuiteUser::load(m_db, name);
+            m_user = SuiteUser::signedIn(m_db);
         }
-        catch (const RuntimeError&)
+        catch (const RuntimeError& error)
         {
+            m_userUnread = true;
+            if (error.number() == SuiteDatabase::ErrorTimedOut)
+                m_unanswered = error.description();
+            // The login the settings name on a server; the system user on a file.
+            const QString name =
+                m_db.isPostgres() && !m_db.settings().user.isEmpty() ? m_db.settings().user : SuiteUser::currentName();
             m_user = SuiteUser::defaults(m_db.settings(), name);
         }
     }
@@ -53,20 +58,50 @@ qint32 NorrixCalcEngine::OpenApplication(qint32 applicationNumber)
     {
         // The start check reports why the database cannot be had.
     }
-    try
-    {
+    // The user is read first: a database that cannot be read, or does not
+    // answer (another program holds it locked), is then not waited for again,
+    // neither for the log nor by the start's later questions.
+    user();
+    if (!m_userUnread)
         log(AuditSessionOpened, applicationNumber, QVariant(), QVariant(), QVariant());
-    }
-    catch (const RuntimeError&)
-    {
-        // An unreachable database is the start check's to report.
-    }
     return 0;
 }
 
 bool NorrixCalcEngine::HasRight(qint32 right)
 {
-    return user().hasRight(right);
+    if (!user().hasRight(right))
+        return false;
+    if (right == RightEditReports && m_unanswered.isEmpty())
+    {
+        try
+        {
+            return !m_db.isReadOnly();
+        }
+        catch (const RuntimeError&)
+        {
+            // An unreachable database is the start check's to report.
+        }
+    }
+    return true;
+}
+
+QString NorrixCalcEngine::ReadOnlyReason()
+{
+    // Only a right the user holds is withheld.
+    if (!user().hasRight(RightEditReports))
+        return QString();
+    try
+    {
+        if (m_unanswered.isEmpty() && m_db.isReadOnly())
+            return QStringLiteral("The QC database is read-only (%1). Reports can be chosen, previewed and printed, "
+                                  "but report definitions cannot be changed until it can be written again.")
+                .arg(m_db.settings().describe());
+    }
+    catch (const RuntimeError&)
+    {
+        // An unreachable database is the start check's to report.
+    }
+    return QString();
 }
 
 qint32 NorrixCalcEngine::AutoLogoutMinutes()
@@ -77,17 +112,22 @@ qint32 NorrixCalcEngine::AutoLogoutMinutes()
 qint32 NorrixCalcEngine::StartCheck()
 {
     m_reason.clear();
+    if (!m_unanswered.isEmpty())
+    {
+        m_reason = m_unanswered;
+        return StartDatabaseUnreachable;
+    }
     int version = 0;
     SuiteUser current;
     try
     {
         version = SuiteSchema::version(m_db);
         if (version == SuiteSchema::CurrentVersion)
-            current = SuiteUser::load(m_db, SuiteUser::currentName());
+            current = SuiteUser::signedIn(m_db);
     }
     catch (const RuntimeError& error)
     {
-        m_reason = error.description();
+        m_reason = SuiteDatabase::fullText(error);
         return StartDatabaseUnreachable;
     }
     if (version < SuiteSchema::CurrentVersion)
@@ -137,9 +177,23 @@ void NorrixCalcEngine::CloseApplication(qint32 applicationNumber, bool autoLogou
 void NorrixCalcEngine::log(const QString& kind, qint32 application, const QVariant& eventCode,
                            const QVariant& patientId, const QVariant& autoLogout)
 {
-    SuiteTransaction transaction(m_db);
-    m_db.exec(QStringLiteral("INSERT INTO audit_log (logged_at, user_name, application, event_kind, event_code, "
-                             "patient_id_num, auto_logout) VALUES (?, ?, ?, ?, ?, ?, ?)"),
-              {SuiteText::timestamp(Clock::now()), user().name, application, kind, eventCode, patientId, autoLogout});
-    transaction.commit();
+    try
+    {
+        // A read-only database takes no entry; there is nothing to try.
+        if (m_db.isReadOnly())
+            return;
+        m_db.runWhole([&] {
+            SuiteTransaction transaction(m_db);
+            m_db.exec(
+                QStringLiteral("INSERT INTO audit_log (logged_at, user_name, application, event_kind, "
+                               "event_code, patient_id_num, auto_logout) VALUES (?, ?, ?, ?, ?, ?, ?)"),
+                {SuiteText::timestamp(Clock::now()), user().name, application, kind, eventCode, patientId, autoLogout});
+            transaction.commit();
+        });
+    }
+    catch (const RuntimeError& error)
+    {
+        qWarning("The audit log entry \"%s\" was left out: %s %s", qPrintable(kind), qPrintable(error.description()),
+                 qPrintable(error.detail()));
+    }
 }

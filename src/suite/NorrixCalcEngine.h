@@ -7,13 +7,23 @@
 #include <optional>
 
 // The suite's calculation engine on its database: the signed-in user's
-// rights and auto-logout limit from the users table (the site's defaults for
-// users it does not list), the start check, and an audit log of the session,
-// of every subject taken and released and of the close.
+// rights and auto-logout limit (SuiteUser: the users table, and on
+// PostgreSQL the server's login and privileges), the start check, and an
+// audit log of the session, of every subject taken and released and of the
+// close.
 //
 // Rights and the logout limit are read once per engine. When the database
 // cannot be read for them, the site's defaults stand in and the start check
-// reports why the program may not start.
+// reports why the program may not start. A database that did not answer
+// within the timeout while the session opened is not waited for again by the
+// start's questions: the start check reports it at once.
+//
+// Right 501 is withheld while the database takes no changes (a read-only
+// SQLite file, a standby server), asked afresh each time; ReadOnlyReason
+// says why to a user who holds the right. An entry that cannot be written to the audit log (a read-only
+// database, a login that may not write it, a database that does not answer)
+// is left out with a warning on the standard error: it never stops what the
+// user does.
 class NorrixCalcEngine final : public CalcEngine
 {
 public:
@@ -45,6 +55,7 @@ public:
     qint32 AutoLogoutMinutes() override;
     qint32 StartCheck() override;
     QString StartCheckReason() override;
+    QString ReadOnlyReason() override;
     // Event codes 9 (taken) and 10 (released); others raise RuntimeError 5.
     // Writing the log raises RuntimeError when the database fails.
     void PatientNotify(qint32 eventCode, qint32 applicationNumber, qint32 reserved, const QString& patientId) override;
@@ -52,10 +63,15 @@ public:
 
 private:
     const SuiteUser& user();
+    // Writes one entry of the audit log, or leaves it out (see above).
     void log(const QString& kind, qint32 application, const QVariant& eventCode, const QVariant& patientId,
              const QVariant& autoLogout);
 
     SuiteDatabase m_db;
     std::optional<SuiteUser> m_user;
     QString m_reason;
+    // Why the database did not answer when the session opened; empty when it did.
+    QString m_unanswered;
+    // The user could not be read from the database; the site's defaults stand in.
+    bool m_userUnread = false;
 };

@@ -141,18 +141,75 @@ RecordsetPtr NorrixReportStore::OpenReport(qint32 reportId, bool siUnits, qint32
                                         {QStringLiteral("Decimal"), Kind::Integer}});
 }
 
-qint32 NorrixReportStore::SaveReport(const QString& name, const ReportInfo& info)
+void NorrixReportStore::checkName(const QString& name)
 {
     if (name.isEmpty())
         fail(ErrorNumber::InvalidPropertyValue, QStringLiteral("A QC report definition needs a name."));
-    checkTab(info.TestTab);
+    if (name.toUcs4().size() > MaxNameLength)
+        fail(ErrorNumber::InvalidPropertyValue,
+             QStringLiteral("The name of a QC report definition has at most %1 characters.").arg(MaxNameLength));
+    for (const QChar c : name)
+    {
+        if (c.category() == QChar::Other_Control)
+            fail(ErrorNumber::InvalidPropertyValue,
+                 QStringLiteral("The name of a QC report definition cannot hold control characters such as tabs "
+                                "or line breaks."));
+    }
+}
 
-    SuiteTransaction transaction(m_db);
+QString NorrixReportStore::requireEditRight()
+{
+    const SuiteUser user = SuiteUser::signedIn(m_db);
+    if (user.disabled)
+        fail(SuiteDatabase::ErrorPermissionDenied,
+             QStringLiteral("The user \"%1\" is disabled in the QC database, so report definitions cannot be "
+                            "changed.")
+                 .arg(user.name));
+    if (!user.hasRight(CalcEngine::RightEditReports))
+        fail(SuiteDatabase::ErrorPermissionDenied,
+             QStringLiteral("The user \"%1\" may not change QC report definitions (right 501); nothing was "
+                            "changed.")
+                 .arg(user.name));
+    if (m_db.isReadOnly())
+        fail(SuiteDatabase::ErrorReadOnly,
+             QStringLiteral("The QC database is read-only, so report definitions cannot be changed (%1).")
+                 .arg(m_db.settings().describe()));
+    return user.name;
+}
+
+qint32 NorrixReportStore::SaveReport(const QString& name, const ReportInfo& info)
+{
+    checkName(name);
+    checkTab(info.TestTab);
+    return m_db.runWhole([&] {
+        const QString user = requireEditRight();
+        try
+        {
+            return storeDefinition(m_db, name, info, user);
+        }
+        catch (const RuntimeError& error)
+        {
+            if (error.number() != SuiteDatabase::ErrorDuplicateKey)
+                throw;
+            throw RuntimeError(ErrorNameTaken, kSource,
+                               QStringLiteral("A QC report definition named \"%1\" exists already; choose another "
+                                              "name.")
+                                   .arg(name),
+                               error.detail());
+        }
+    });
+}
+
+qint32 NorrixReportStore::storeDefinition(SuiteDatabase& db, const QString& name, const ReportInfo& info,
+                                          const QString& savedBy)
+{
+    checkName(name);
+    checkTab(info.TestTab);
+    SuiteTransaction transaction(db);
     const qint32 reportId =
-        m_db.scalar(QStringLiteral("INSERT INTO qc_reports (name, name_key, tab, saved_by, saved_at) "
-                                   "VALUES (?, ?, ?, ?, ?) RETURNING report_id"),
-                    {name, SuiteText::searchKey(name), qint32(info.TestTab), SuiteUser::currentName(),
-                     SuiteText::timestamp(Clock::now())})
+        db.scalar(QStringLiteral("INSERT INTO qc_reports (name, name_key, tab, saved_by, saved_at) "
+                                 "VALUES (?, ?, ?, ?, ?) RETURNING report_id"),
+                  {name, SuiteText::searchKey(name), qint32(info.TestTab), savedBy, SuiteText::timestamp(Clock::now())})
             .toInt();
     std::vector<QVariantList> params;
     qint32 order = 0;
@@ -161,11 +218,11 @@ qint32 NorrixReportStore::SaveReport(const QString& name, const ReportInfo& info
         params.push_back({reportId, ++order, variable.TableID, variable.ParamsDefID, qint32(variable.ShowInGraph),
                           qint32(variable.ShowInTable), variable.DecimalPlaces});
     }
-    m_db.insertRows(QStringLiteral("qc_report_params"),
-                    {QStringLiteral("report_id"), QStringLiteral("param_order"), QStringLiteral("table_id"),
-                     QStringLiteral("var_id"), QStringLiteral("show_in_graph"), QStringLiteral("show_in_table"),
-                     QStringLiteral("decimal_places")},
-                    params);
+    db.insertRows(QStringLiteral("qc_report_params"),
+                  {QStringLiteral("report_id"), QStringLiteral("param_order"), QStringLiteral("table_id"),
+                   QStringLiteral("var_id"), QStringLiteral("show_in_graph"), QStringLiteral("show_in_table"),
+                   QStringLiteral("decimal_places")},
+                  params);
     transaction.commit();
     return reportId;
 }
@@ -173,19 +230,36 @@ qint32 NorrixReportStore::SaveReport(const QString& name, const ReportInfo& info
 qint32 NorrixReportStore::DeleteReport(qint32 reportId, const QString& reserved)
 {
     Q_UNUSED(reserved);
-    SuiteTransaction transaction(m_db);
-    const QVariant tab = m_db.scalar(QStringLiteral("SELECT tab FROM qc_reports WHERE report_id = ?"), {reportId});
-    m_db.exec(QStringLiteral("DELETE FROM qc_report_params WHERE report_id = ?"), {reportId});
-    const int deleted =
-        m_db.exec(QStringLiteral("DELETE FROM qc_reports WHERE report_id = ?"), {reportId}).numRowsAffected();
-    if (deleted > 0)
-    {
-        // Looked at when the whole transaction commits: Save deletes the
-        // stored copy and saves it anew inside one.
-        m_db.checkBeforeCommit([db = m_db, tab = tab.toInt()]() mutable { requireDefinitionOn(db, tab); });
-    }
-    transaction.commit();
-    return deleted > 0 ? 0 : 1;
+    return m_db.runWhole([&] {
+        requireEditRight();
+        // Inside a transaction begun by the caller the delete is the first
+        // half of replacing the definition (Save).
+        const bool replacing = m_db.inTransaction();
+        SuiteTransaction transaction(m_db);
+        const QVariant tab = m_db.scalar(QStringLiteral("SELECT tab FROM qc_reports WHERE report_id = ?"), {reportId});
+        m_db.exec(QStringLiteral("DELETE FROM qc_report_params WHERE report_id = ?"), {reportId});
+        const int deleted =
+            m_db.exec(QStringLiteral("DELETE FROM qc_reports WHERE report_id = ?"), {reportId}).numRowsAffected();
+        if (deleted > 0)
+        {
+            // Looked at when the whole transaction commits: Save deletes the
+            // stored copy and saves it anew inside one.
+            m_db.checkBeforeCommit([db = m_db, tab = tab.toInt()]() mutable { requireDefinitionOn(db, tab); });
+        }
+        else if (replacing && reportId > 0)
+        {
+            // The definition opened here is gone: another workstation deleted
+            // it, or saved it, which replaces it under a new ID. Saving this
+            // copy now would put a second one beside the other's.
+            fail(ErrorDefinitionChanged,
+                 QStringLiteral("The report definition was changed or deleted on another workstation after it was "
+                                "opened here, so it was not saved. The changes are still here: save them under "
+                                "another name with Save As, or open the definition again to see the other "
+                                "workstation's version."));
+        }
+        transaction.commit();
+        return deleted > 0 ? 0 : 1;
+    });
 }
 
 // Every tab keeps at least one saved definition: the program cannot start on
@@ -205,8 +279,8 @@ bool NorrixReportStore::CanDeleteReport(qint32 reportId, const QString& reserved
         return false;
     if (m_db.scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports WHERE tab = ?"), {tab}).toInt() < 2)
         return false;
-    const SuiteUser user = SuiteUser::load(m_db, SuiteUser::currentName());
-    return !user.disabled && user.hasRight(CalcEngine::RightEditReports);
+    const SuiteUser user = SuiteUser::signedIn(m_db);
+    return !user.disabled && user.hasRight(CalcEngine::RightEditReports) && !m_db.isReadOnly();
 }
 
 qint32 NorrixReportStore::CountReportsNamed(const QString& name)

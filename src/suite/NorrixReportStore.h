@@ -13,12 +13,22 @@
 //   chosen system) back from the catalogue, so a definition always shows the
 //   catalogue's current names.
 // - Names are compared without regard to case (CountReportsNamed, lists in
-//   name order).
-// - A definition may be deleted by a user who may edit definitions (right 501),
-//   unless it is the only one of its tab: every tab keeps a definition, for
-//   the program cannot start on a tab without one. A transaction that would
-//   leave a tab without one is rolled back: DeleteReport alone refuses, and
-//   inside BeginTrans (Save deletes and saves anew) CommitTrans does.
+//   name order), and the database holds one definition per name: a save
+//   under a name that is taken raises QCReportStore::ErrorNameTaken, also
+//   when another workstation took it a moment before. A name has 1 to 100
+//   characters and no control characters.
+// - Only a user who may edit definitions (right 501, see SuiteUser) saves or
+//   deletes, whoever calls; not in a database that is read-only.
+// - A definition may be deleted unless it is the only one of its tab: every
+//   tab keeps a definition, for the program cannot start on a tab without
+//   one. A transaction that would leave a tab without one is rolled back:
+//   DeleteReport alone refuses, and inside BeginTrans (Save deletes and saves
+//   anew) CommitTrans does.
+// - Save replaces a definition inside BeginTrans: DeleteReport of the ID it
+//   was opened with, then SaveReport. When that ID is no longer stored,
+//   another workstation deleted or replaced the definition meanwhile, and
+//   DeleteReport raises QCReportStore::ErrorDefinitionChanged instead of
+//   letting a second copy be saved.
 // - Data sets: visits of the report's subject (ReportInfo.PatientID is the
 //   identification number) and tab in the period, both ends included; an
 //   empty FromDate is an open start, an empty ToDate an open end. Values are
@@ -53,6 +63,12 @@ public:
     void CommitTrans() override;
     void RollbackTrans() override;
 
+    // Saves a definition as the database's own setup does (the starter and
+    // demo definitions): without asking for the user's right. savedBy is
+    // stored as the saving user. Returns the new QCReportID.
+    static qint32 storeDefinition(SuiteDatabase& db, const QString& name, const ReportInfo& info,
+                                  const QString& savedBy);
+
 private:
     struct Period
     {
@@ -63,6 +79,9 @@ private:
     // The period's conditions on the visits "v" and their order.
     static void appendPeriod(const Period& period, QString& sql, QVariantList& params);
     static void checkTab(qint32 tab);
+    static void checkName(const QString& name);
+    // RuntimeError unless the signed-in user may change definitions here; the user.
+    QString requireEditRight();
     // RuntimeError when the tab has no saved definition.
     static void requireDefinitionOn(SuiteDatabase& db, qint32 tab);
 

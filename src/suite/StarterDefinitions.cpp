@@ -3,10 +3,14 @@
 #include "components/ReportInfo.h"
 #include "suite/NorrixReportStore.h"
 #include "suite/SuiteDatabase.h"
+#include "suite/SuiteText.h"
 #include "suite/SuiteTransaction.h"
+#include "suite/SuiteUser.h"
 
 #include <QSqlQuery>
 #include <QStringList>
+
+#include <algorithm>
 
 namespace
 {
@@ -54,6 +58,19 @@ qint32 tableOf(SuiteDatabase& db, qint16 tab, const QString& name, QString& chos
         }
     }
     return first;
+}
+
+// The starter's name, or "name (2)", "name (3)" ... when a definition of
+// the other tab bears it: the database keeps one definition per name.
+QString freeName(SuiteDatabase& db, const QString& name)
+{
+    QString candidate = name;
+    for (int number = 2;
+         !db.scalar(QStringLiteral("SELECT 1 FROM qc_reports WHERE name_key = ?"), {SuiteText::searchKey(candidate)})
+              .isNull();
+         ++number)
+        candidate = QStringLiteral("%1 (%2)").arg(name).arg(number);
+    return candidate;
 }
 
 ReportInfo starterRequest(SuiteDatabase& db, const Starter& starter)
@@ -108,16 +125,25 @@ ReportInfo starterRequest(SuiteDatabase& db, const Starter& starter)
 
 int StarterDefinitions::addWhereMissing(SuiteDatabase& db)
 {
+    const auto missing = [&db](const Starter& starter) {
+        return db.scalar(QStringLiteral("SELECT 1 FROM qc_reports WHERE tab = ? LIMIT 1"), {qint32(starter.tab)})
+            .isNull();
+    };
+    // Nearly every start finds a definition on each tab and writes nothing,
+    // so a database that is read-only serves it too.
+    if (std::none_of(starters().cbegin(), starters().cend(), missing))
+        return 0;
+
     SuiteTransaction transaction(db);
-    // The store's own save, joining this transaction on the same connection.
-    NorrixReportStore store(db.settings());
+    const QString savedBy = SuiteUser::signedInName(db);
     int saved = 0;
     for (const Starter& starter : starters())
     {
-        if (!db.scalar(QStringLiteral("SELECT 1 FROM qc_reports WHERE tab = ? LIMIT 1"), {qint32(starter.tab)})
-                 .isNull())
+        // Asked again inside the transaction: another workstation may have
+        // saved one meanwhile.
+        if (!missing(starter))
             continue;
-        store.SaveReport(starter.name, starterRequest(db, starter));
+        NorrixReportStore::storeDefinition(db, freeName(db, starter.name), starterRequest(db, starter), savedBy);
         ++saved;
     }
     transaction.commit();

@@ -80,7 +80,7 @@ int SuiteCatalogueCommand::run(QTextStream& out, QTextStream& err)
     }
     catch (const RuntimeError& error)
     {
-        QString text = error.description();
+        QString text = SuiteDatabase::fullText(error);
         err << text.replace(u'\n', u' ') << Qt::endl;
         return ExitFailed;
     }

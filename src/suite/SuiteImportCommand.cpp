@@ -62,7 +62,7 @@ int SuiteImportCommand::run(const QStringList& arguments, QTextStream& out, QTex
     }
     catch (const RuntimeError& error)
     {
-        QString text = error.description();
+        QString text = SuiteDatabase::fullText(error);
         err << text.replace(u'\n', u' ') << Qt::endl;
         return ExitFailed;
     }

@@ -1,10 +1,13 @@
 #include "suite/SuiteSchema.h"
 
+#include "components/QCReportStore.h"
 #include "platform/RuntimeError.h"
 #include "suite/SuiteCatalogue.h"
 #include "suite/SuiteDatabase.h"
+#include "suite/SuiteText.h"
 #include "suite/SuiteTransaction.h"
 
+#include <QSet>
 #include <QSqlError>
 #include <QSqlQuery>
 
@@ -124,6 +127,14 @@ QStringList stepStatements(int step, bool postgres)
         return statements;
     }
     case 4:
+        // The definitions that shared a name were renamed before (see
+        // renameDuplicateDefinitions); from now on the database keeps the
+        // names apart itself, also between workstations saving at once.
+        return {
+            QStringLiteral("DROP INDEX qc_reports_name_key"),
+            QStringLiteral("CREATE UNIQUE INDEX qc_reports_name_unique ON qc_reports (name_key)"),
+        };
+    case 5:
         // A chart reads one reading per visit of its subject, a table one per
         // visit and column. On PostgreSQL both come from the indexes alone
         // (index-only scans, once VACUUM has marked the pages all-visible):
@@ -222,12 +233,67 @@ void SuiteSchema::applyStep(SuiteDatabase& db, int step)
     const QString identity = identityColumn(db);
     const QString clustered = clusteredTable(db);
     const QStringList statements = stepStatements(step, db.isPostgres());
+    if (step == 4)
+        renameDuplicateDefinitions(db);
     for (QString sql : statements)
         db.exec(sql.replace(kIdentity, identity).replace(kClustered, clustered));
     if (step == 1)
         SuiteCatalogue::install(db);
     db.exec(QStringLiteral("UPDATE schema_version SET version = ?"), {step});
     transaction.commit();
+}
+
+// Definitions whose names compare equal without regard to case: the oldest
+// (lowest ID) keeps its name, every later one is renamed "name (2)",
+// "name (3)" ..., the first number whose name no definition bears, cut so
+// that it fits the column. Nothing else of them changes.
+void SuiteSchema::renameDuplicateDefinitions(SuiteDatabase& db)
+{
+    struct Definition
+    {
+        qint32 id;
+        QString name;
+        QString key;
+    };
+    std::vector<Definition> definitions;
+    QSet<QString> keys;
+    {
+        QSqlQuery query =
+            db.exec(QStringLiteral("SELECT report_id, name, name_key FROM qc_reports ORDER BY report_id"));
+        while (query.next())
+        {
+            definitions.push_back({query.value(0).toInt(), query.value(1).toString(), query.value(2).toString()});
+            keys.insert(definitions.back().key);
+        }
+    }
+    const auto numbered = [](QString name, int number) {
+        const QString suffix = QStringLiteral(" (%1)").arg(number);
+        while (!name.isEmpty() && name.toUcs4().size() + suffix.size() > QCReportStore::MaxNameLength)
+            name.chop(name.size() >= 2 && name.back().isLowSurrogate() ? 2 : 1);
+        return name + suffix;
+    };
+    QSet<QString> seen;
+    for (const Definition& definition : definitions)
+    {
+        if (!seen.contains(definition.key))
+        {
+            seen.insert(definition.key);
+            continue;
+        }
+        QString name;
+        QString key;
+        for (int number = 2;; ++number)
+        {
+            name = numbered(definition.name, number);
+            key = SuiteText::searchKey(name);
+            if (!keys.contains(key))
+                break;
+        }
+        db.exec(QStringLiteral("UPDATE qc_reports SET name = ?, name_key = ? WHERE report_id = ?"),
+                {name, key, definition.id});
+        keys.insert(key);
+        seen.insert(key);
+    }
 }
 
 void SuiteSchema::refreshStatistics(SuiteDatabase& db, const QStringList& tables)

@@ -8,9 +8,10 @@ class SuiteDatabase;
 // The suite's tables, created and migrated step by step. The same statements
 // run on SQLite and PostgreSQL (only the self-numbering key column and the
 // storage order of the results are spelled per database; the key collation of
-// step 3 and the covering indexes of step 4 are PostgreSQL's alone). Every step runs in one transaction together
+// step 3 and the covering indexes of step 5 are PostgreSQL's alone). Every step runs in one transaction together
 // with the version it reaches, so a failed step leaves the database at the
-// version before it. Steps only add: no step drops or rewrites stored rows.
+// version before it. No step drops stored rows, and only step 4 changes any:
+// the names of report definitions that shared one.
 //
 // Versions:
 //   1  patients, catalogue (test tables, variables), visits, results, report
@@ -19,12 +20,16 @@ class SuiteDatabase;
 //   3  visits indexed by patient, tab and date; on PostgreSQL, the
 //      patients' search keys compare by code point (collation "C"), so that
 //      their indexes serve prefix searches
-//   4  on PostgreSQL, the visits' index carries the visit and the readings'
+//   4  one report definition per name, compared without regard to case (a
+//      unique index on the name's key); definitions that shared a name
+//      before keep their rows under "name (2)", "name (3)" ... (the oldest
+//      keeps the name)
+//   5  on PostgreSQL, the visits' index carries the visit and the readings'
 //      key carries the value, so that reports read the indexes alone
 class SuiteSchema
 {
 public:
-    static constexpr int CurrentVersion = 4;
+    static constexpr int CurrentVersion = 5;
 
     // The version of the database's schema; 0 when it has none yet.
     static int version(SuiteDatabase& db);
@@ -55,6 +60,7 @@ public:
 
 private:
     static void applyStep(SuiteDatabase& db, int step);
+    static void renameDuplicateDefinitions(SuiteDatabase& db);
     static QStringList checkSqlite(SuiteDatabase& db);
     static QStringList checkPostgres(SuiteDatabase& db);
     static QString orphanProblem(const QString& table, const QString& parent);

@@ -55,6 +55,8 @@ SuiteSettings SuiteSettings::fromRegistry()
     settings.demo = numberValue("Demo Database") == 1;
     settings.defaultRights = textValue("Default Rights");
     settings.defaultAutoLogoutMinutes = numberValue("Default Auto Logout Minutes");
+    const qint32 timeout = numberValue("Database Timeout Seconds");
+    settings.timeoutSeconds = timeout < 1 ? DefaultTimeoutSeconds : qMin(timeout, MostTimeoutSeconds);
     if (settings.databaseName.isEmpty() && !settings.isPostgres())
     {
         settings.databaseName = defaultDemoPath();

@@ -7,7 +7,8 @@
 // database does not list, as the suite's common registry key holds them:
 // "Database Driver" ("QSQLITE" or "QPSQL"), "Database Name" (the SQLite file
 // or the PostgreSQL database), "Database Host", "Database Port",
-// "Database User", "Database Password", "Demo Database" (1 = the embedded
+// "Database User", "Database Password", "Database Timeout Seconds" (how long
+// any wait for the database may last), "Demo Database" (1 = the embedded
 // demo database), "Default Rights" ("500,501") and
 // "Default Auto Logout Minutes". A missing value reads as empty.
 struct SuiteSettings
@@ -21,6 +22,13 @@ struct SuiteSettings
     bool demo = false;
     QString defaultRights;
     qint32 defaultAutoLogoutMinutes = 0;
+    qint32 timeoutSeconds = DefaultTimeoutSeconds;
+
+    // "Database Timeout Seconds" when it is missing or not a number of at
+    // least 1; larger values than the most are read as the most. No wait is
+    // ever without a bound.
+    static constexpr qint32 DefaultTimeoutSeconds = 15;
+    static constexpr qint32 MostTimeoutSeconds = 3600;
 
     static inline const QString SqliteDriver = QStringLiteral("QSQLITE");
     static inline const QString PostgresDriver = QStringLiteral("QPSQL");

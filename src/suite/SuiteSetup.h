@@ -2,6 +2,7 @@
 
 #include <QStringList>
 
+class SuiteDatabase;
 struct SuiteSettings;
 
 // What the database tool does with "auto" at every start of the program, and
@@ -24,8 +25,11 @@ public:
     // filling was interrupted), and gives a tab without a saved definition its
     // starter definition (a new laboratory database). Only after such a change does it refresh the
     // planner's statistics and run the whole-database checks: a start on a
-    // current database reads no table whole. Raises RuntimeError with a
-    // one-sentence description when anything fails.
+    // current database reads no table whole, and writes nothing. Raises
+    // RuntimeError with a one-sentence description when anything fails.
+    //
+    // On PostgreSQL one setup runs at a time (a session advisory lock): a
+    // second one waits, at most ten minutes, and then finds the work done.
     static Outcome runAuto(const SuiteSettings& settings);
 
     // "check": the whole-database checks of SuiteSchema::checkIntegrity on an
@@ -36,4 +40,9 @@ public:
     // it does not exist yet (before the database tool's first run); true when
     // it was made. Any other database that is missing stays missing.
     static bool createMissingDemo(const SuiteSettings& settings);
+
+private:
+    static Outcome setUp(SuiteDatabase& db, const SuiteSettings& settings);
+    static void lockSetup(SuiteDatabase& db);
+    static void unlockSetup(SuiteDatabase& db);
 };

@@ -1,5 +1,6 @@
 #include "suite/SuiteUser.h"
 
+#include "components/CalcEngine.h"
 #include "suite/SuiteDatabase.h"
 #include "suite/SuiteText.h"
 
@@ -16,12 +17,25 @@ QString SuiteUser::currentName()
     return QStringLiteral("unknown");
 }
 
+QString SuiteUser::signedInName(SuiteDatabase& db)
+{
+    return db.isPostgres() ? db.sessionUser() : currentName();
+}
+
 SuiteUser SuiteUser::defaults(const SuiteSettings& settings, const QString& name)
 {
     SuiteUser user;
     user.name = name;
     user.rights = settings.defaultRightList();
     user.autoLogoutMinutes = settings.defaultAutoLogoutMinutes;
+    return user;
+}
+
+SuiteUser SuiteUser::signedIn(SuiteDatabase& db)
+{
+    SuiteUser user = load(db, signedInName(db));
+    if (db.isPostgres())
+        user.rights = serverRights(db);
     return user;
 }
 
@@ -44,4 +58,25 @@ SuiteUser SuiteUser::load(SuiteDatabase& db, const QString& name)
     while (rights.next())
         user.rights.append(rights.value(0).toInt());
     return user;
+}
+
+QList<qint32> SuiteUser::serverRights(SuiteDatabase& db)
+{
+    // The privileges of the connection's role on the tables as the server
+    // checks them for every statement.
+    QSqlQuery query = db.exec(QStringLiteral(
+        "SELECT has_table_privilege('patients', 'SELECT') AND has_table_privilege('visits', 'SELECT') "
+        "AND has_table_privilege('results', 'SELECT') AND has_table_privilege('test_tables', 'SELECT') "
+        "AND has_table_privilege('variables', 'SELECT') AND has_table_privilege('qc_reports', 'SELECT') "
+        "AND has_table_privilege('qc_report_params', 'SELECT'), "
+        "has_table_privilege('qc_reports', 'INSERT') AND has_table_privilege('qc_reports', 'DELETE') "
+        "AND has_table_privilege('qc_report_params', 'INSERT') AND has_table_privilege('qc_report_params', 'DELETE')"));
+    QList<qint32> rights;
+    if (!query.next())
+        return rights;
+    if (query.value(0).toBool())
+        rights.append(CalcEngine::RightRunReports);
+    if (query.value(0).toBool() && query.value(1).toBool())
+        rights.append(CalcEngine::RightEditReports);
+    return rights;
 }

@@ -6,10 +6,24 @@
 class SuiteDatabase;
 struct SuiteSettings;
 
-// The signed-in user as the suite sees them: the operating system's user
-// name, looked up (without regard to case) in the users table. A user the
-// table does not list gets the site's "Default Rights" and
-// "Default Auto Logout Minutes".
+// The signed-in user as the suite sees them.
+//
+// Who signs in depends on the database:
+// - SQLite, one workstation's file: the operating system's user name.
+// - PostgreSQL, a laboratory's server: the server's login of the connection
+//   (session_user), which the server authenticated; the USER variable, which
+//   anyone can set, counts for nothing there.
+// The name is looked up (without regard to case) in the users table for the
+// disabled flag and the auto-logout limit; a user the table does not list
+// gets the site's "Default Auto Logout Minutes".
+//
+// The rights:
+// - SQLite: the user's rows of user_rights; the site's "Default Rights" for a
+//   user the table does not list.
+// - PostgreSQL: what the server lets the login do, so that the program never
+//   offers what the server refuses: right 500 when the login may read the
+//   tables a report reads, right 501 when it may also add and delete report
+//   definitions and their rows. The lab grants them (README).
 struct SuiteUser
 {
     QString name;
@@ -20,9 +34,22 @@ struct SuiteUser
 
     bool hasRight(qint32 right) const { return rights.contains(right); }
 
-    // USER, else USERNAME, else "unknown".
+    // USER, else USERNAME, else "unknown": the operating system's user.
     static QString currentName();
+    // The name the database knows the user by: the server's login on
+    // PostgreSQL, the operating system's user on SQLite.
+    static QString signedInName(SuiteDatabase& db);
+    // The site's defaults for name.
     static SuiteUser defaults(const SuiteSettings& settings, const QString& name);
-    // Raises RuntimeError when the database cannot be read.
+    // The signed-in user with their rights, as above. Raises RuntimeError when
+    // the database cannot be read.
+    static SuiteUser signedIn(SuiteDatabase& db);
+    // The users table's entry of name with its stored rights (the site's
+    // defaults when it has none). Raises RuntimeError when the database
+    // cannot be read.
     static SuiteUser load(SuiteDatabase& db, const QString& name);
+
+private:
+    // The rights the server grants the connection's login.
+    static QList<qint32> serverRights(SuiteDatabase& db);
 };

@@ -21,6 +21,8 @@ public:
         QSet<qint32> rights{RightRunReports, RightEditReports};
         qint32 logoutMinutes = 0;
         qint32 startStatus = 0;
+        // ReadOnlyReason's answer: why the database takes no changes.
+        QString readOnlyReason;
         // Throws RuntimeError from the operation of this name ("StartCheck", "OpenApplication", ...).
         QString failOn;
         // Everything asked, in order: "OpenApplication 6", "HasRight 500", "PatientNotify 9 6 0 P1",
@@ -67,6 +69,11 @@ public:
     {
         call(QStringLiteral("StartCheckReason"), QStringLiteral("StartCheckReason"));
         return m_script->startStatus == 0 ? QString() : QStringLiteral("refused by the test");
+    }
+    QString ReadOnlyReason() override
+    {
+        call(QStringLiteral("ReadOnlyReason"), QStringLiteral("ReadOnlyReason"));
+        return m_script->readOnlyReason;
     }
     void PatientNotify(qint32 eventCode, qint32 applicationNumber, qint32 reserved, const QString& patientId) override
     {

@@ -31,6 +31,8 @@ public:
         RecordsetPtr table;
         // Throws RuntimeError from the operation of this name ("GetGraphData", "SaveReport", ...).
         QString failOn;
+        // The number of that error (QCReportStore::ErrorNameTaken, ...).
+        qint32 failNumber = -2147467259;
         // Everything asked, in order: "GetGraphData 2 si=1", "GetTableData si=0", ...
         QStringList calls;
         // Optional answers for the definition and catalogue operations.
@@ -129,7 +131,7 @@ private:
         if (m_script->onCall)
             m_script->onCall(what);
         if (!m_script->failOn.isEmpty() && what.startsWith(m_script->failOn))
-            throw RuntimeError(-2147467259, QStringLiteral("FakeReportStore"),
+            throw RuntimeError(m_script->failNumber, QStringLiteral("FakeReportStore"),
                                QStringLiteral("The store failed in ") + m_script->failOn);
     }
 

@@ -79,6 +79,12 @@ public:
         }
     }
 
+    // Makes the mounted file system writable again (mount -o remount,rw).
+    bool remountReadWrite()
+    {
+        return ::mount(nullptr, QFile::encodeName(m_dir.path()).constData(), nullptr, MS_REMOUNT, nullptr) == 0;
+    }
+
     // Every name in the folder, sorted.
     QStringList entries() const
     {

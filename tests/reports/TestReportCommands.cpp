@@ -213,6 +213,46 @@ private slots:
         QCOMPARE(f.grid(0).Rows(), 4);
     }
 
+    void aSaveOfADefinitionChangedElsewhereKeepsTheGridModified()
+    {
+        PanelFixture f;
+        showPanel(f, 0);
+        QVERIFY(!f.host.modified[0]);
+        // Another workstation replaced the definition after it was opened here.
+        f.store->failOn = QStringLiteral("DeleteReport");
+        f.store->failNumber = QCReportStore::ErrorDefinitionChanged;
+        const qsizetype from = f.store->calls.size();
+        click(f.panel.cmdSave);
+        QCOMPARE(callsSince(f, from), QStringList({QStringLiteral("BeginTrans"), QStringLiteral("DeleteReport 1"),
+                                                   QStringLiteral("RollbackTrans")}));
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.boxes.last().text, QStringLiteral("The store failed in DeleteReport"));
+        QCOMPARE(f.boxes.last().style, 48);
+        // Nothing is lost: the rows stay, and stay unsaved; the item keeps its ID.
+        QVERIFY(f.host.modified[0]);
+        QCOMPARE(f.grid(0).Rows(), 4);
+        QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 1), 1);
+
+        // Save As keeps them under another name.
+        f.store->failOn.clear();
+        answerSaveAs(QStringLiteral("Spirometry QC (mine)"));
+        click(f.panel.cmdSaveAs);
+        QVERIFY(f.store->calls.contains(QStringLiteral("SaveReport Spirometry QC (mine) tab=0 n=2")));
+        QCOMPARE(f.panel.cboReports[0]->currentText(), QStringLiteral("Spirometry QC (mine)"));
+        QVERIFY(!f.host.modified[0]);
+    }
+
+    void anotherFailingSaveLeavesTheModifiedFlagAsItWas()
+    {
+        PanelFixture f;
+        showPanel(f, 0);
+        f.store->failOn = QStringLiteral("DeleteReport");
+        f.store->failNumber = 3260; // a wait that ran out
+        click(f.panel.cmdSave);
+        QCOMPARE(f.boxes.count(), 1);
+        QVERIFY(!f.host.modified[0]);
+    }
+
     void aFailingDeleteSavesNothing()
     {
         PanelFixture f;
@@ -309,6 +349,51 @@ private slots:
         QCOMPARE(f.panel.cboReports[0]->currentText(), QStringLiteral("Flow QC 2"));
         QVERIFY(f.store->calls.contains(QStringLiteral("SaveReport Flow QC 2 tab=0 n=2")));
         QVERIFY(!f.store->calls.join(QLatin1Char(',')).contains(QStringLiteral("SaveReport flow qc")));
+    }
+
+    void saveAsThatLosesItsNameMeanwhileIsToldTheNameIsTaken()
+    {
+        PanelFixture f;
+        showPanel(f, 0);
+        // The name was free when the window checked it; another workstation
+        // saved it before this one did.
+        int saves = 0;
+        f.store->onCall = [&saves](const QString& call) {
+            if (call.startsWith(QLatin1String("SaveReport")) && ++saves == 1)
+                throw RuntimeError(QCReportStore::ErrorNameTaken, QStringLiteral("FakeReportStore"),
+                                   QStringLiteral("taken meanwhile"));
+        };
+        bool again = false;
+        whenModal([&](QWidget* modal) {
+            auto* dialog = qobject_cast<frmSaveAs*>(modal);
+            QVERIFY(dialog);
+            QTest::keyClicks(dialog->txtName, QStringLiteral("RaceName"));
+            // The window opens again on the name, as if it had stayed open.
+            whenModal([&](QWidget* next) {
+                auto* reopened = qobject_cast<frmSaveAs*>(next);
+                QVERIFY(reopened);
+                QCOMPARE(f.boxes.count(), 1);
+                QCOMPARE(f.boxes.last().text, QStringLiteral("T4091"));
+                QCOMPARE(f.boxes.last().style, 48);
+                QCOMPARE(f.boxes.last().title, QStringLiteral("T4092"));
+                QCOMPARE(reopened->txtName->text(), QStringLiteral("RaceName"));
+                QVERIFY(reopened->cmdSave->isEnabled());
+                reopened->txtName->selectAll();
+                QTest::keyClicks(reopened->txtName, QStringLiteral("RaceName 2"));
+                click(reopened->cmdSave);
+                again = true;
+            });
+            click(dialog->cmdSave);
+        });
+        click(f.panel.cmdSaveAs);
+        QVERIFY(again);
+        QCOMPARE(f.boxes.count(), 1);
+        QCOMPARE(f.store->calls.filter(QStringLiteral("SaveReport")),
+                 QStringList({QStringLiteral("SaveReport RaceName tab=0 n=2"),
+                              QStringLiteral("SaveReport RaceName 2 tab=0 n=2")}));
+        QCOMPARE(f.panel.cboReports[0]->currentText(), QStringLiteral("RaceName 2"));
+        QCOMPARE(f.panel.cboReports[0]->findText(QStringLiteral("RaceName")), -1);
+        QVERIFY(!f.host.loading);
     }
 
     void saveAsErrorOfTheStoreIsShown()

@@ -4,6 +4,8 @@
 #include "suite/SuiteSchema.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QtGlobal>
 
 #include <optional>
@@ -40,12 +42,16 @@ QMap<QString, QVariant> SuiteTestDatabase::claimDatabase()
     s_alive = true;
     SuiteDatabase::closeAllConnections();
     const std::optional<SuiteSettings>& server = testServer();
+    // A user the users table does not list may edit, as on a new workstation.
+    const QString rights = QStringLiteral("500,501");
     if (!server)
-        return {{QStringLiteral("Database Driver"), SuiteSettings::SqliteDriver}};
+        return {{QStringLiteral("Database Driver"), SuiteSettings::SqliteDriver},
+                {QStringLiteral("Default Rights"), rights}};
     return {
         {QStringLiteral("Database Driver"), server->driver}, {QStringLiteral("Database Host"), server->host},
         {QStringLiteral("Database Port"), server->port},     {QStringLiteral("Database Name"), server->databaseName},
-        {QStringLiteral("Database User"), server->user},     {QStringLiteral("Database Password"), server->password}};
+        {QStringLiteral("Database User"), server->user},     {QStringLiteral("Database Password"), server->password},
+        {QStringLiteral("Default Rights"), rights}};
 }
 
 SuiteTestDatabase::SuiteTestDatabase()
@@ -90,6 +96,45 @@ SuiteDatabase& SuiteTestDatabase::db()
 void SuiteTestDatabase::createSchema()
 {
     SuiteSchema::migrate(db());
+}
+
+void SuiteTestDatabase::grantServerRights(const QString& login, const QList<qint32>& rights)
+{
+    if (!onPostgres())
+        qFatal("Rights are granted by a database server only.");
+    SuiteDatabase& admin = db();
+    QString role = login;
+    role = u'"' + role.replace(u'"', QStringLiteral("\"\"")) + u'"';
+    if (admin.scalar(QStringLiteral("SELECT 1 FROM pg_roles WHERE rolname = ?"), {login}).isNull())
+        admin.exec(QStringLiteral("CREATE ROLE ") + role + QStringLiteral(" LOGIN"));
+    admin.exec(QStringLiteral("REVOKE ALL ON ALL TABLES IN SCHEMA public FROM ") + role);
+    admin.exec(QStringLiteral("GRANT USAGE ON SCHEMA public TO ") + role);
+    if (rights.contains(500))
+    {
+        admin.exec(QStringLiteral("GRANT SELECT ON ALL TABLES IN SCHEMA public TO ") + role);
+        admin.exec(QStringLiteral("GRANT INSERT ON audit_log TO ") + role);
+    }
+    if (rights.contains(501))
+        admin.exec(QStringLiteral("GRANT INSERT, UPDATE, DELETE ON qc_reports, qc_report_params TO ") + role);
+}
+
+SuiteSettings SuiteTestDatabase::secondWorkstation()
+{
+    SuiteSettings second = settings();
+    if (onPostgres())
+    {
+        const QString login = QStringLiteral("calvex_second_workstation");
+        grantServerRights(login, {500, 501});
+        second.user = login;
+        second.password.clear();
+        return second;
+    }
+    const QFileInfo file(second.databaseName);
+    const QString link = tempPath(QStringLiteral("second-workstation"));
+    if (!QFileInfo::exists(link) && !QFile::link(file.absolutePath(), link))
+        qFatal("The link to the database's folder cannot be made.");
+    second.databaseName = QDir(link).filePath(file.fileName());
+    return second;
 }
 
 void SuiteTestDatabase::fillDemo()

@@ -39,6 +39,16 @@ public:
     // The current schema and the demo data.
     void fillDemo();
 
+    // On the test server: a login role of that name (made when the server
+    // has none), with the privileges the README grants for those rights (500:
+    // reading the tables and writing the audit log; 501: changing report
+    // definitions) on the tables there are now, and no others.
+    void grantServerRights(const QString& login, const QList<qint32>& rights);
+    // A second connection to the test database, as another workstation has:
+    // on the server another login with both rights, on SQLite the same file
+    // named through a link to its folder.
+    SuiteSettings secondWorkstation();
+
 private:
     static QMap<QString, QVariant> claimDatabase();
 

@@ -260,19 +260,19 @@ private slots:
     void usersWithAndWithoutTheEditRight()
     {
         {
-            ScopedUserName user("labmanager");
+            ScopedUserName user(*m_test, "labmanager");
             NorrixCalcEngine engine;
             QVERIFY(engine.HasRight(500) && engine.HasRight(501));
             QCOMPARE(engine.StartCheck(), 0);
         }
         {
-            ScopedUserName user("labtech");
+            ScopedUserName user(*m_test, "labtech", {500});
             NorrixCalcEngine engine;
             QVERIFY(engine.HasRight(500));
             QVERIFY(!engine.HasRight(501));
         }
         {
-            ScopedUserName user("formerstaff");
+            ScopedUserName user(*m_test, "formerstaff");
             QCOMPARE(NorrixCalcEngine().StartCheck(), NorrixCalcEngine::StartUserDisabled);
         }
     }

@@ -99,6 +99,35 @@ private slots:
         QCOMPARE(NorrixReportStore().CountReportsNamed(QStringLiteral("kept")), 1);
     }
 
+    void twoStartsAtOnceOnANewServerDatabaseBothSucceed()
+    {
+        if (!SuiteTestDatabase::onPostgres())
+            QSKIP("workstations starting at once on one server database; this runs in the PostgreSQL run");
+        SuiteTestDatabase test;
+        test.setValue(QStringLiteral("Demo Database"), 1);
+        SuiteDatabase::closeAllConnections();
+        // Two workstations start the program, and with it the tool, at the same moment.
+        QProcess first;
+        QProcess second;
+        first.start(toolPath(), {QStringLiteral("auto")});
+        second.start(toolPath(), {QStringLiteral("auto")});
+        QVERIFY(first.waitForFinished(240000) && second.waitForFinished(240000));
+        for (QProcess* tool : {&first, &second})
+        {
+            QCOMPARE(tool->exitStatus(), QProcess::NormalExit);
+            QVERIFY2(tool->exitCode() == 0, tool->readAllStandardError().constData());
+        }
+        // One of them set it up, the other found it done.
+        const QString outputs = QString::fromUtf8(first.readAllStandardOutput() + second.readAllStandardOutput());
+        QCOMPARE(outputs.count(QLatin1String("demo data filled")), 1);
+        SuiteDatabase& db = test.db();
+        QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion);
+        QCOMPARE(count(db, QStringLiteral("users")), 3);
+        QCOMPARE(count(db, QStringLiteral("qc_reports")), 8);
+        QCOMPARE(db.scalar(QStringLiteral("SELECT COUNT(*) FROM patients WHERE id_num = 'QC001'")).toInt(), 1);
+        QCOMPARE(SuiteSchema::checkIntegrity(db), QStringList());
+    }
+
     void aDatabaseThatIsNotTheDemoStaysEmpty()
     {
         SuiteTestDatabase test;

@@ -8,6 +8,8 @@
 
 #include <QTest>
 
+#include <functional>
+
 // Report definitions and the variable catalogue in the suite's report store.
 class TestReportStore : public QObject
 {
@@ -201,14 +203,23 @@ private slots:
         test.createSchema();
         const ReportInfo info = pfDefinition(test.db());
         NorrixReportStore store;
+        store.SaveReport(QStringLiteral("Other"), info); // the tab keeps a definition while "Twice" is deleted
         const qint32 first = store.SaveReport(QStringLiteral("Twice"), info);
-        const qint32 second = store.SaveReport(QStringLiteral("Twice"), info);
+        // Save replaces by delete and insert in one transaction.
+        const auto replace = [&store, &info](qint32 id) {
+            store.BeginTrans();
+            store.DeleteReport(id, QString());
+            const qint32 saved = store.SaveReport(QStringLiteral("Twice"), info);
+            store.CommitTrans();
+            return saved;
+        };
+        const qint32 second = replace(first);
         QVERIFY(second != first);
-        // Save replaces by delete and insert; the newest ID is never handed out again.
+        // The newest ID is never handed out again.
         QCOMPARE(store.DeleteReport(second, QString()), 0);
         const qint32 third = store.SaveReport(QStringLiteral("Twice"), info);
         QVERIFY(third != second && third != first);
-        QCOMPARE(store.CountReportsNamed(QStringLiteral("Twice")), 2);
+        QCOMPARE(store.CountReportsNamed(QStringLiteral("Twice")), 1);
     }
 
     void listsDefinitionsByName()
@@ -335,25 +346,188 @@ private slots:
         const qint32 id = store.SaveReport(QStringLiteral("Any"), info);
         store.SaveReport(QStringLiteral("Another"), info); // the only one of a tab stays in any case
         {
-            ScopedUserName user("editor"); // the users table is searched without regard to case
-            QVERIFY(store.CanDeleteReport(id, QString()));
-            QVERIFY(!store.CanDeleteReport(id + 1000, QString())); // no such definition
+            ScopedUserName user(test, "editor"); // the users table is searched without regard to case
+            QVERIFY(NorrixReportStore().CanDeleteReport(id, QString()));
+            QVERIFY(!NorrixReportStore().CanDeleteReport(id + 1000, QString())); // no such definition
         }
         {
-            ScopedUserName user("viewer");
-            QVERIFY(!store.CanDeleteReport(id, QString()));
+            ScopedUserName user(test, "viewer", {500});
+            QVERIFY(!NorrixReportStore().CanDeleteReport(id, QString()));
         }
         {
-            ScopedUserName user("gone");
-            QVERIFY(!store.CanDeleteReport(id, QString()));
+            ScopedUserName user(test, "gone");
+            QVERIFY(!NorrixReportStore().CanDeleteReport(id, QString()));
         }
+        if (!SuiteTestDatabase::onPostgres())
         {
-            ScopedUserName user("unlisted");
+            // A user the table does not list has the site's rights (on a
+            // server, the login's privileges there: TestServerRights).
+            ScopedUserName user(test, "unlisted");
             test.setValue(QStringLiteral("Default Rights"), QStringLiteral("500, 501"));
             QVERIFY(NorrixReportStore().CanDeleteReport(id, QString()));
             test.setValue(QStringLiteral("Default Rights"), QStringLiteral("500"));
             QVERIFY(!NorrixReportStore().CanDeleteReport(id, QString()));
         }
+    }
+
+    void onlyAnEditorMaySaveOrDeleteWhoeverCalls()
+    {
+        SuiteTestDatabase test;
+        test.createSchema();
+        SuiteDataLoader loader(test.db());
+        loader.addUser(QStringLiteral("viewer"), QStringLiteral("Viewing User"), {500}, 10, false);
+        loader.addUser(QStringLiteral("gone"), QStringLiteral("Disabled User"), {500, 501}, 10, true);
+        const ReportInfo info = pfDefinition(test.db());
+        const qint32 id = NorrixReportStore().SaveReport(QStringLiteral("Kept"), info);
+        NorrixReportStore().SaveReport(QStringLiteral("Also kept"), info);
+        const auto refusal = [](const std::function<void()>& call) {
+            try
+            {
+                call();
+            }
+            catch (const RuntimeError& error)
+            {
+                return error;
+            }
+            return RuntimeError(0, QString(), QString());
+        };
+        {
+            ScopedUserName user(test, "viewer", {500});
+            NorrixReportStore store;
+            const RuntimeError save = refusal([&] { store.SaveReport(QStringLiteral("Mine"), info); });
+            QCOMPARE(save.number(), SuiteDatabase::ErrorPermissionDenied);
+            QCOMPARE(save.description(), QStringLiteral("The user \"viewer\" may not change QC report definitions "
+                                                        "(right 501); nothing was changed."));
+            const RuntimeError remove = refusal([&] { store.DeleteReport(id, QString()); });
+            QCOMPARE(remove.number(), SuiteDatabase::ErrorPermissionDenied);
+            QCOMPARE(remove.description(), save.description());
+            // Reading is the viewer's right.
+            QCOMPARE(store.ListReports()->RecordCount(), 2);
+        }
+        {
+            ScopedUserName user(test, "gone");
+            const RuntimeError save = refusal([] { NorrixReportStore().SaveReport(QStringLiteral("Mine"), {}); });
+            QCOMPARE(save.description(), QStringLiteral("The user \"gone\" is disabled in the QC database, so report "
+                                                        "definitions cannot be changed."));
+        }
+        QCOMPARE(count(test.db(), QStringLiteral("qc_reports")), 2);
+        QCOMPARE(count(test.db(), QStringLiteral("qc_report_params")), 6);
+    }
+
+    void oneDefinitionPerNameWithoutRegardToCase()
+    {
+        SuiteTestDatabase test;
+        test.createSchema();
+        const ReportInfo info = pfDefinition(test.db());
+        NorrixReportStore store;
+        store.SaveReport(QStringLiteral("Diffusion"), info);
+        ReportInfo gx;
+        gx.TestTab = 1;
+        for (const QString& name : {QStringLiteral("Diffusion"), QStringLiteral("DIFFUSION")})
+        {
+            try
+            {
+                store.SaveReport(name, gx); // on the other tab too: Save As compares every name
+                QFAIL("a second definition of the same name was saved");
+            }
+            catch (const RuntimeError& error)
+            {
+                QCOMPARE(error.number(), QCReportStore::ErrorNameTaken);
+                QCOMPARE(error.description(), QStringLiteral("A QC report definition named \"%1\" exists already; "
+                                                             "choose another name.")
+                                                  .arg(name));
+                QVERIFY(!error.detail().isEmpty()); // the database's own words
+            }
+        }
+        // The database itself refuses it, whoever writes.
+        QVERIFY_THROWS_EXCEPTION(RuntimeError,
+                                 test.db().exec(QStringLiteral("INSERT INTO qc_reports (name, name_key, tab) "
+                                                               "VALUES (?, ?, 1)"),
+                                                {QStringLiteral("diffusion"), QStringLiteral("diffusion")}));
+        QCOMPARE(count(test.db(), QStringLiteral("qc_reports")), 1);
+        QCOMPARE(count(test.db(), QStringLiteral("qc_report_params")), 3);
+        // The store works on afterwards.
+        QVERIFY(store.SaveReport(QStringLiteral("Diffusion 2"), info) > 0);
+    }
+
+    void namesOfOneLengthAndWithoutControlCharacters()
+    {
+        SuiteTestDatabase test;
+        test.createSchema();
+        ReportInfo info;
+        NorrixReportStore store;
+        // 100 characters, one of them outside the 16-bit plane, fit on both databases.
+        const QString longest = QString(98, u'x') + QStringLiteral("\u00e9\U0001F600");
+        QVERIFY(store.SaveReport(longest, info) > 0);
+        QCOMPARE(store.CountReportsNamed(longest), 1);
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, store.SaveReport(longest + u'y', info));
+        for (const QString& name : {QStringLiteral("Tab\there"), QStringLiteral("Line\nbreak"),
+                                    QStringLiteral("Bell\u0007"), QStringLiteral("Delete\u007f")})
+        {
+            try
+            {
+                store.SaveReport(name, info);
+                QFAIL("a name with a control character was saved");
+            }
+            catch (const RuntimeError& error)
+            {
+                QVERIFY2(error.description().contains(QLatin1String("control characters")),
+                         qPrintable(error.description()));
+            }
+        }
+        QCOMPARE(count(test.db(), QStringLiteral("qc_reports")), 1);
+    }
+
+    void saveOfADefinitionReplacedElsewhereIsRefused()
+    {
+        SuiteTestDatabase test;
+        test.createSchema();
+        const ReportInfo info = pfDefinition(test.db());
+        const qint32 opened = NorrixReportStore().SaveReport(QStringLiteral("DLCO"), info);
+        NorrixReportStore().SaveReport(QStringLiteral("Other"), info);
+
+        // Two workstations opened the definition; A saves it first.
+        NorrixReportStore a;
+        NorrixReportStore b(test.secondWorkstation());
+        a.BeginTrans();
+        QCOMPARE(a.DeleteReport(opened, QString()), 0);
+        const qint32 savedByA = a.SaveReport(QStringLiteral("DLCO"), info);
+        a.CommitTrans();
+
+        // B's Save finds the copy it opened gone.
+        ReportInfo edited = info;
+        edited.Variables.removeLast();
+        b.BeginTrans();
+        try
+        {
+            b.DeleteReport(opened, QString());
+            QFAIL("a definition replaced on another workstation was saved over");
+        }
+        catch (const RuntimeError& error)
+        {
+            QCOMPARE(error.number(), QCReportStore::ErrorDefinitionChanged);
+            QVERIFY2(error.description().contains(QLatin1String("changed or deleted on another workstation")),
+                     qPrintable(error.description()));
+        }
+        b.RollbackTrans();
+
+        // One definition of the name, A's, with all its rows.
+        QCOMPARE(NorrixReportStore().CountReportsNamed(QStringLiteral("DLCO")), 1);
+        qint32 tab = -1;
+        QCOMPARE(NorrixReportStore().OpenReport(savedByA, false, tab)->RecordCount(), 3);
+        QCOMPARE(count(test.db(), QStringLiteral("qc_reports")), 2);
+
+        // Deleted elsewhere: refused the same way; B may still save its copy
+        // under another name (Save As).
+        a.BeginTrans();
+        QCOMPARE(a.DeleteReport(savedByA, QString()), 0);
+        a.CommitTrans();
+        b.BeginTrans();
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, b.DeleteReport(savedByA, QString()));
+        b.RollbackTrans();
+        QVERIFY(b.SaveReport(QStringLiteral("DLCO (B)"), edited) > 0);
+        // Outside a Save, deleting what is gone deletes nothing, as before.
+        QCOMPARE(b.DeleteReport(savedByA, QString()), 1);
     }
 
     void failedSaveStoresNothing()

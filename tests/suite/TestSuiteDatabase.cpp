@@ -138,7 +138,8 @@ private slots:
         }
         QSqlDatabase::removeDatabase(QStringLiteral("killer"));
         QTest::qWait(200);
-        QVERIFY_THROWS_EXCEPTION(RuntimeError, db.scalar(QStringLiteral("SELECT pg_backend_pid()")));
+        // The next statement finds the connection lost, opens a new one and
+        // runs there: nothing had run of it.
         const int after = db.scalar(QStringLiteral("SELECT pg_backend_pid()")).toInt();
         QVERIFY(after != 0 && after != before);
     }

@@ -138,6 +138,78 @@ private slots:
         QCOMPARE(user.value(1).toInt(), 0); // the new column's default
     }
 
+    void definitionsThatShareANameAreRenamedOnce()
+    {
+        SuiteTestDatabase test;
+        SuiteDatabase& db = test.db();
+        QCOMPARE(SuiteSchema::migrate(db, 3), 0);
+        // Saved by workstations at once, before the names were kept apart:
+        // the same name in any case, also on the other tab, and a name that
+        // is what a renaming would choose first. 98 characters and " (2)"
+        // leave no room for " (10)".
+        const QString longName = QString(98, u'L');
+        const QStringList names{QStringLiteral("DLCO"),     QStringLiteral("Spirometry"), QStringLiteral("dlco"),
+                                QStringLiteral("DLCO (2)"), QStringLiteral("DLCO"),       QStringLiteral("Spirometry"),
+                                QStringLiteral("Öberg"),    QStringLiteral("ÖBERG"),      longName,
+                                longName.toLower(),         QStringLiteral("Unique")};
+        const int variable =
+            db.scalar(QStringLiteral("SELECT var_id FROM variables WHERE name = ?"), {QStringLiteral("FVC")}).toInt();
+        const int table =
+            db.scalar(QStringLiteral("SELECT table_id FROM test_tables WHERE name = ?"), {QStringLiteral("Pre")})
+                .toInt();
+        QList<int> ids;
+        for (qsizetype i = 0; i < names.size(); ++i)
+        {
+            ids.append(db.scalar(QStringLiteral("INSERT INTO qc_reports (name, name_key, tab, saved_by) "
+                                                "VALUES (?, ?, ?, ?) RETURNING report_id"),
+                                 {names.at(i), names.at(i).toCaseFolded(), int(i % 2), QStringLiteral("ws%1").arg(i)})
+                           .toInt());
+            db.exec(QStringLiteral("INSERT INTO qc_report_params (report_id, param_order, table_id, var_id, "
+                                   "show_in_graph, show_in_table, decimal_places) VALUES (?, 1, ?, ?, 1, 1, ?)"),
+                    {ids.last(), table, variable, int(i)});
+        }
+
+        QCOMPARE(SuiteSchema::migrate(db), 3);
+        QCOMPARE(SuiteSchema::version(db), SuiteSchema::CurrentVersion);
+        // The oldest of each name keeps it; the others are numbered from 2,
+        // past the numbers that are taken. Nothing else of them changes.
+        const QStringList expected{QStringLiteral("DLCO"),
+                                   QStringLiteral("Spirometry"),
+                                   QStringLiteral("dlco (3)"),
+                                   QStringLiteral("DLCO (2)"),
+                                   QStringLiteral("DLCO (4)"),
+                                   QStringLiteral("Spirometry (2)"),
+                                   QStringLiteral("Öberg"),
+                                   QStringLiteral("ÖBERG (2)"),
+                                   longName,
+                                   QString(96, u'l') + QStringLiteral(" (2)"),
+                                   QStringLiteral("Unique")};
+        for (qsizetype i = 0; i < ids.size(); ++i)
+        {
+            QSqlQuery row = db.exec(QStringLiteral("SELECT r.name, r.name_key, r.tab, r.saved_by, p.decimal_places "
+                                                   "FROM qc_reports r JOIN qc_report_params p ON p.report_id = "
+                                                   "r.report_id WHERE r.report_id = ?"),
+                                    {ids.at(i)});
+            QVERIFY(row.next());
+            QCOMPARE(row.value(0).toString(), expected.at(i));
+            QCOMPARE(row.value(1).toString(), expected.at(i).toCaseFolded());
+            QCOMPARE(row.value(2).toInt(), int(i % 2));
+            QCOMPARE(row.value(3).toString(), QStringLiteral("ws%1").arg(i));
+            QCOMPARE(row.value(4).toInt(), int(i));
+        }
+        QCOMPARE(count(db, QStringLiteral("qc_reports")), int(names.size()));
+        QCOMPARE(SuiteSchema::checkIntegrity(db), QStringList());
+
+        // From now on the database keeps the names apart itself.
+        QVERIFY_THROWS_EXCEPTION(
+            RuntimeError, db.exec(QStringLiteral("INSERT INTO qc_reports (name, name_key, tab) VALUES (?, ?, 0)"),
+                                  {QStringLiteral("Dlco"), QStringLiteral("dlco")}));
+        // Migrating again renames nothing.
+        QCOMPARE(SuiteSchema::migrate(db), SuiteSchema::CurrentVersion);
+        QCOMPARE(db.scalar(QStringLiteral("SELECT name FROM qc_reports WHERE report_id = ?"), {ids.at(4)}).toString(),
+                 QStringLiteral("DLCO (4)"));
+    }
+
     void failedStepLeavesTheVersionBefore()
     {
         SuiteTestDatabase test;

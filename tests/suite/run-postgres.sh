@@ -3,7 +3,9 @@
 #   run-postgres.sh [--password-file] <test executable> [test class or Qt Test arguments...]
 # The cluster lives in a temporary folder, listens only on 127.0.0.1 on a free
 # port, and is stopped and removed when the script ends, whatever happens.
-# The tests find the server through the temporary key file in NORRIX_REGISTRY.
+# The tests find the server through the temporary key file in NORRIX_REGISTRY,
+# and stop and start it again with the script that CALVEX_TEST_PG_CONTROL names
+# ("stop" or "start"), for the tests of a server that goes away.
 #
 # With --password-file the server asks every client for a password, the key
 # file holds none, and the password is in the .pgpass file of a temporary HOME
@@ -82,6 +84,21 @@ if [ -z "$started" ]; then
     cat "$work/server.log" >&2 || true
     exit 1
 fi
+
+# Stops the server and starts it again as it was, for the tests.
+control="$work/server-control.sh"
+cat >"$control" <<CONTROL
+#!/usr/bin/env bash
+set -eu
+case "\${1:-}" in
+    stop) ${as_owner[*]:-} "$pg_bin/pg_ctl" -D "$work/data" -m fast -w stop >/dev/null ;;
+    start) ${as_owner[*]:-} "$pg_bin/pg_ctl" -D "$work/data" -l "$work/server.log" -w -t 60 \\
+        -o "-c listen_addresses=127.0.0.1 -c port=$port -c unix_socket_directories=$work -c fsync=off" start >/dev/null ;;
+    *) echo "usage: \$0 stop|start" >&2; exit 2 ;;
+esac
+CONTROL
+chmod +x "$control"
+export CALVEX_TEST_PG_CONTROL="$control"
 
 database=calvex_test_suite
 "${as_owner[@]}" "$pg_bin/createdb" -h 127.0.0.1 -p "$port" -U "$superuser" "$database"

@@ -153,7 +153,7 @@ int main(int argc, char** argv)
     }
     catch (const RuntimeError& error)
     {
-        printLine(stderr, error.description());
+        printLine(stderr, SuiteDatabase::fullText(error));
         status = kExitFailed;
     }
     SuiteDatabase::closeAllConnections();

@@ -1,0 +1,232 @@
+#include "common/TestMain.h"
+
+#include "ScopedServerSession.h"
+#include "SuiteTestDatabase.h"
+#include "platform/RuntimeError.h"
+#include "suite/NorrixCalcEngine.h"
+#include "suite/NorrixReportStore.h"
+#include "suite/SuiteDataLoader.h"
+
+#include <QSqlQuery>
+#include <QTest>
+
+#include <functional>
+
+// On a PostgreSQL server the user is the server's login, and the rights are
+// what the server lets the login do: set up with the README's commands, a
+// login with right 500 only cannot change report definitions, neither
+// through the program's store nor with its own SQL.
+class TestServerRights : public QObject
+{
+    Q_OBJECT
+
+private:
+    // The README's commands: the two groups of rights, once per database,
+    // then a login of each kind.
+    static QStringList readmeCommands(const QString& database, const QString& owner)
+    {
+        return {
+            QStringLiteral("CREATE ROLE calvex_qc_run NOLOGIN"),
+            QStringLiteral("GRANT CONNECT ON DATABASE %1 TO calvex_qc_run").arg(database),
+            QStringLiteral("GRANT USAGE ON SCHEMA public TO calvex_qc_run"),
+            QStringLiteral("GRANT SELECT ON ALL TABLES IN SCHEMA public TO calvex_qc_run"),
+            QStringLiteral("GRANT INSERT ON audit_log TO calvex_qc_run"),
+            QStringLiteral("ALTER DEFAULT PRIVILEGES FOR ROLE %1 IN SCHEMA public GRANT SELECT ON TABLES TO "
+                           "calvex_qc_run")
+                .arg(owner),
+            QStringLiteral("CREATE ROLE calvex_qc_edit NOLOGIN IN ROLE calvex_qc_run"),
+            QStringLiteral("GRANT INSERT, UPDATE, DELETE ON qc_reports, qc_report_params TO calvex_qc_edit"),
+            QStringLiteral("CREATE ROLE anna LOGIN PASSWORD 'change-me' IN ROLE calvex_qc_run"),
+            QStringLiteral("CREATE ROLE bert LOGIN PASSWORD 'change-me' IN ROLE calvex_qc_edit"),
+        };
+    }
+
+    // A demo database whose logins and groups are set up as the README shows.
+    static void setUp(SuiteTestDatabase& test)
+    {
+        test.fillDemo();
+        SuiteDatabase& admin = test.db();
+        for (const QString& role : {QStringLiteral("anna"), QStringLiteral("bert"), QStringLiteral("formerstaff"),
+                                    QStringLiteral("calvex_qc_edit"), QStringLiteral("calvex_qc_run")})
+        {
+            if (admin.scalar(QStringLiteral("SELECT 1 FROM pg_roles WHERE rolname = ?"), {role}).isNull())
+                continue;
+            admin.exec(QStringLiteral("DROP OWNED BY ") + role);
+            admin.exec(QStringLiteral("DROP ROLE ") + role);
+        }
+        for (const QString& sql : readmeCommands(test.settings().databaseName, test.settings().user))
+            admin.exec(sql);
+    }
+
+    static SuiteSettings loginAs(SuiteTestDatabase& test, const QString& login)
+    {
+        test.setValue(QStringLiteral("Database User"), login);
+        return test.settings();
+    }
+
+    static RuntimeError refusal(const std::function<void()>& call)
+    {
+        try
+        {
+            call();
+        }
+        catch (const RuntimeError& error)
+        {
+            return error;
+        }
+        return RuntimeError(0, QString(), QStringLiteral("no error"));
+    }
+
+private slots:
+    // Skipped test by test: a skip in initTestCase would end every class
+    // that runs after this one in the same process (the PostgreSQL run).
+    void init()
+    {
+        if (!SuiteTestDatabase::onPostgres())
+            QSKIP("the rights of a server's logins; this runs in the PostgreSQL run");
+    }
+
+    void aLoginWithRight500OnlyIsRefusedByTheServer()
+    {
+        SuiteTestDatabase test;
+        setUp(test);
+        ScopedServerSession anna(loginAs(test, QStringLiteral("anna")), QStringLiteral("anna"));
+        QVERIFY2(anna.isOpen(), qPrintable(anna.error()));
+        QVERIFY(anna.scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports")).toInt() > 0);
+        for (const QString& change :
+             {QStringLiteral("INSERT INTO qc_reports (name, name_key, tab) VALUES ('Mine', 'mine', 0)"),
+              QStringLiteral("UPDATE qc_reports SET name = 'Renamed'"), QStringLiteral("DELETE FROM qc_report_params"),
+              QStringLiteral("INSERT INTO qc_report_params (report_id, param_order, table_id, var_id, "
+                             "show_in_graph, show_in_table, decimal_places) SELECT report_id, 99, table_id, var_id, "
+                             "1, 1, 2 FROM qc_report_params LIMIT 1")})
+        {
+            QVERIFY2(!anna.exec(change), qPrintable(change));
+            QVERIFY2(anna.error().contains(QLatin1String("permission denied for table qc_report")),
+                     qPrintable(anna.error()));
+        }
+        // Nor can the login give itself the right.
+        QVERIFY(!anna.exec(QStringLiteral("INSERT INTO user_rights (user_name, right_number) "
+                                          "VALUES ('labtech', 501)")));
+        QVERIFY(!anna.exec(QStringLiteral("GRANT calvex_qc_edit TO anna")));
+    }
+
+    void theStoreRefusesTheLoginsSaveAndDelete()
+    {
+        SuiteTestDatabase test;
+        setUp(test);
+        const qint32 before = test.db().scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports")).toInt();
+        const qint32 id = test.db().scalar(QStringLiteral("SELECT MIN(report_id) FROM qc_reports")).toInt();
+        loginAs(test, QStringLiteral("anna"));
+        // The variable any program can set counts for nothing on a server.
+        qputenv("USER", "labmanager");
+
+        NorrixCalcEngine engine;
+        QCOMPARE(engine.OpenApplication(6), 0);
+        QVERIFY(engine.HasRight(500));
+        QVERIFY(!engine.HasRight(501));
+        QCOMPARE(engine.StartCheck(), 0);
+
+        NorrixReportStore store;
+        const RuntimeError save = refusal([&] { store.SaveReport(QStringLiteral("Mine"), ReportInfo()); });
+        QCOMPARE(save.number(), SuiteDatabase::ErrorPermissionDenied);
+        QCOMPARE(save.description(), QStringLiteral("The user \"anna\" may not change QC report definitions "
+                                                    "(right 501); nothing was changed."));
+        const RuntimeError remove = refusal([&] { store.DeleteReport(id, QString()); });
+        QCOMPARE(remove.description(), save.description());
+        QVERIFY(!store.CanDeleteReport(id, QString()));
+        QCOMPARE(store.ListReports()->RecordCount(), before);
+
+        // The login's session is what the audit log names.
+        engine.PatientNotify(9, 6, 0, QStringLiteral("QC001"));
+        QCOMPARE(test.db()
+                     .scalar(QStringLiteral("SELECT user_name FROM audit_log WHERE event_kind = ?"),
+                             {NorrixCalcEngine::AuditPatientTaken})
+                     .toString(),
+                 QStringLiteral("anna"));
+        QCOMPARE(test.db().scalar(QStringLiteral("SELECT COUNT(*) FROM qc_reports")).toInt(), before);
+    }
+
+    void aLoginWithRight501Saves()
+    {
+        SuiteTestDatabase test;
+        setUp(test);
+        loginAs(test, QStringLiteral("bert"));
+        qputenv("USER", "labtech");
+        NorrixCalcEngine engine;
+        QVERIFY(engine.HasRight(500));
+        QVERIFY(engine.HasRight(501));
+
+        NorrixReportStore store;
+        ReportInfo info;
+        info.TestTab = 1;
+        const qint32 id = store.SaveReport(QStringLiteral("Bert's"), info);
+        QCOMPARE(test.db().scalar(QStringLiteral("SELECT saved_by FROM qc_reports WHERE report_id = ?"), {id}),
+                 QVariant(QStringLiteral("bert")));
+        QVERIFY(store.CanDeleteReport(id, QString()));
+        QCOMPARE(store.DeleteReport(id, QString()), 0);
+    }
+
+    void rightsListedInTheDatabaseDoNotWidenTheServers()
+    {
+        SuiteTestDatabase test;
+        setUp(test);
+        SuiteDataLoader(test.db()).addUser(QStringLiteral("Anna"), QStringLiteral("Anna"), {500, 501}, 20, false);
+        loginAs(test, QStringLiteral("anna"));
+        NorrixCalcEngine engine;
+        QVERIFY(engine.HasRight(500));
+        QVERIFY(!engine.HasRight(501));
+        QCOMPARE(engine.AutoLogoutMinutes(), 20); // the rest of the entry holds
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, NorrixReportStore().SaveReport(QStringLiteral("Mine"), {}));
+    }
+
+    void theServersLoginIsTheUserNotTheUserVariable()
+    {
+        SuiteTestDatabase test;
+        setUp(test);
+        // The demo lists formerstaff as disabled.
+        test.db().exec(QStringLiteral("CREATE ROLE formerstaff LOGIN IN ROLE calvex_qc_edit"));
+        loginAs(test, QStringLiteral("formerstaff"));
+        qputenv("USER", "labmanager");
+        QCOMPARE(NorrixCalcEngine().StartCheck(), NorrixCalcEngine::StartUserDisabled);
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, NorrixReportStore().SaveReport(QStringLiteral("Mine"), {}));
+
+        loginAs(test, QStringLiteral("bert"));
+        qputenv("USER", "formerstaff");
+        QCOMPARE(NorrixCalcEngine().StartCheck(), NorrixCalcEngine::StartAllowed);
+    }
+
+    void aLoginWithoutPrivilegesCannotStart()
+    {
+        SuiteTestDatabase test;
+        setUp(test);
+        if (!test.db().scalar(QStringLiteral("SELECT 1 FROM pg_roles WHERE rolname = 'calvex_qc_nobody'")).isNull())
+        {
+            test.db().exec(QStringLiteral("DROP OWNED BY calvex_qc_nobody"));
+            test.db().exec(QStringLiteral("DROP ROLE calvex_qc_nobody"));
+        }
+        test.db().exec(QStringLiteral("CREATE ROLE calvex_qc_nobody LOGIN"));
+        loginAs(test, QStringLiteral("calvex_qc_nobody"));
+        {
+            NorrixCalcEngine engine;
+            QCOMPARE(engine.StartCheck(), NorrixCalcEngine::StartDatabaseUnreachable);
+            QVERIFY2(engine.StartCheckReason().contains(QLatin1String("may not use the database's schema")),
+                     qPrintable(engine.StartCheckReason()));
+        }
+        // With the schema's use, as every login has it in a new database,
+        // the tables themselves are refused.
+        test.db().exec(QStringLiteral("GRANT USAGE ON SCHEMA public TO calvex_qc_nobody"));
+        NorrixCalcEngine engine;
+        QCOMPARE(engine.StartCheck(), NorrixCalcEngine::StartDatabaseUnreachable);
+        QVERIFY2(engine.StartCheckReason().contains(QLatin1String("permission denied for table schema_version")),
+                 qPrintable(engine.StartCheckReason()));
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, NorrixReportStore().SaveReport(QStringLiteral("Mine"), {}));
+    }
+
+    void cleanup() { qputenv("USER", m_user); }
+
+private:
+    QByteArray m_user = qgetenv("USER");
+};
+
+CALVEX_TEST(TestServerRights)
+#include "TestServerRights.moc"
