@@ -160,19 +160,30 @@ def time_data(bin_dir, env, runs, subject, id_text, name_text):
     return result
 
 
-def time_render(bin_dir, env, runs, work, report, subject):
+def time_renders(bin_dir, envs, runs, work, report, subject):
+    """Renders the report from each database of envs (a name: environment
+    dict), one after the other in every round, so that a change in the
+    machine's load falls on all of them alike and their ratio holds."""
     out = os.path.join(work, "render.pdf")
     cmd = ["/usr/bin/time", "-f", "RSS %M", f"{bin_dir}/calvex-qc-render", "--tab", "PF", "--report", report,
            "--subject", subject, "--to", "06/30/2026", "--out", out]
-    run(cmd, env=env)
-    times, rss = [], []
+    times = {name: [] for name in envs}
+    rss = {name: [] for name in envs}
+    pages = {}
+    for env in envs.values():
+        run(cmd, env=env)
     for _ in range(runs):
-        start = time.perf_counter()
-        p = run(cmd, env=env)
-        times.append((time.perf_counter() - start) * 1000)
-        rss.append(int(re.search(r"RSS (\d+)", p.stderr).group(1)) / 1024)
-    pages = re.search(r"\((\d+) pages?\)", p.stdout).group(1)
-    return figures(times), figures(rss), pages
+        for name, env in envs.items():
+            start = time.perf_counter()
+            p = run(cmd, env=env)
+            times[name].append((time.perf_counter() - start) * 1000)
+            rss[name].append(int(re.search(r"RSS (\d+)", p.stderr).group(1)) / 1024)
+            pages[name] = re.search(r"\((\d+) pages?\)", p.stdout).group(1)
+    return {name: (figures(times[name]), figures(rss[name]), pages[name]) for name in envs}
+
+
+def time_render(bin_dir, env, runs, work, report, subject):
+    return time_renders(bin_dir, {"one": env}, runs, work, report, subject)["one"]
 
 
 def fmt(f, unit="ms", digits=1):
@@ -226,7 +237,6 @@ def main():
             env = s["env"]
             r = {}
             if kind == "small":
-                r["render"] = time_render(bin_dir, env, a.runs, work, "Lab Spirometry", "QC005")
                 rows[(kind, engine)] = r
                 continue
             r["auto"], _ = time_auto(bin_dir, env, a.runs)
@@ -235,12 +245,19 @@ def main():
             r["startup"] = time_startup(bin_dir, env, a.runs)
             if kind == "lab":
                 r["data"] = time_data(bin_dir, env, a.runs, "QC005", "P0001", s["name"] or "Bar")
-                r["render"] = time_render(bin_dir, env, a.runs, work, "Lab Spirometry", "QC005")
             else:
                 r["data"] = time_data(bin_dir, env, a.runs, "QC001", "QC0", "Smi")
                 r["render"] = time_render(bin_dir, env, a.runs, work, "Spirometry", "QC001")
             rows[(kind, engine)] = r
             print(kind, engine, r, flush=True)
+        # The laboratory's render against the same render from the small
+        # database, measured in alternation.
+        for engine in ("SQLite", "PostgreSQL"):
+            pair = time_renders(bin_dir, {kind: setups[(kind, engine)]["env"] for kind in ("lab", "small")},
+                                a.runs, work, "Lab Spirometry", "QC005")
+            for kind, figures_ in pair.items():
+                rows[(kind, engine)]["render"] = figures_
+            print(engine, "renders", pair, flush=True)
         if a.keep:
             print(f"databases kept in {work}; the PostgreSQL cluster is stopped")
     finally:
@@ -250,7 +267,8 @@ def main():
     lines = [SECTION, "",
              f"Measured {time.strftime('%Y-%m-%d %H:%M')} with `python3 bench/labscale/run_lab_bench.py "
              f"--runs {a.runs}` ({build_type(a.build)} build; {a.runs} runs of each program, the searches and data calls "
-             f"{max(a.runs, 30)} rounds in one process; median (min-max)). PostgreSQL {cluster.version} in a "
+             f"{max(a.runs, 30)} rounds in one process; median (min-max); the laboratory's and the small database's renders "
+             f"take turns). PostgreSQL {cluster.version} in a "
              "throwaway cluster on loopback (ICU collation en-US, fsync off). Load average "
              f"{load_before} at the start, {load_after} at the end: a shared 2-core machine.", ""]
     for (kind, engine), s in setups.items():
