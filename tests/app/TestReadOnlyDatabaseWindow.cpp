@@ -56,7 +56,7 @@ private slots:
 
         frmMain window(state);
         window.Form_Load();
-        QVERIFY(!ProgramExitRequested());
+        QVERIFY(!state.exitRequested);
         // Told once, why.
         QCOMPARE(boxes.count(), 1);
         QCOMPARE(boxes.last().style, 64);
