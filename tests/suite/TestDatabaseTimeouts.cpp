@@ -1,3 +1,4 @@
+#include "WindowSave.h"
 #include "common/TestMain.h"
 
 #include "ScopedServerSession.h"
@@ -68,25 +69,6 @@ private:
         }
         milliseconds = clock.elapsed();
         return RuntimeError(0, QString(), QStringLiteral("no error"));
-    }
-
-    // Save as the window does it: the stored copy deleted and the grid saved
-    // anew, in one transaction.
-    static qint32 save(NorrixReportStore& store, qint32 id, const QString& name, const ReportInfo& info)
-    {
-        store.BeginTrans();
-        try
-        {
-            store.DeleteReport(id, QString());
-            const qint32 saved = store.SaveReport(name, info);
-            store.CommitTrans();
-            return saved;
-        }
-        catch (const RuntimeError&)
-        {
-            store.RollbackTrans();
-            throw;
-        }
     }
 
 private slots:
@@ -173,7 +155,7 @@ private slots:
 
         NorrixReportStore store;
         qint64 milliseconds = 0;
-        RuntimeError error = timed([&] { save(store, id, QStringLiteral("DLCO"), info); }, milliseconds);
+        RuntimeError error = timed([&] { SaveAsTheWindowDoes(store, id, QStringLiteral("DLCO"), info); }, milliseconds);
         QCOMPARE(error.number(), SuiteDatabase::ErrorTimedOut);
         QCOMPARE(error.description(), timeoutMessage(2));
         QVERIFY2(error.detail().contains(QLatin1String("canceling statement due to")), qPrintable(error.detail()));
@@ -186,7 +168,7 @@ private slots:
 
         // Once the lock is gone the same store saves.
         QVERIFY(other.exec(QStringLiteral("ROLLBACK")));
-        const qint32 saved = save(store, id, QStringLiteral("DLCO"), info);
+        const qint32 saved = SaveAsTheWindowDoes(store, id, QStringLiteral("DLCO"), info);
         QVERIFY(saved > id);
         QCOMPARE(store.CountReportsNamed(QStringLiteral("DLCO")), 1);
     }
@@ -307,7 +289,8 @@ private slots:
 
         NorrixReportStore store;
         qint64 milliseconds = 0;
-        const RuntimeError error = timed([&] { save(store, id, QStringLiteral("DLCO"), info); }, milliseconds);
+        const RuntimeError error =
+            timed([&] { SaveAsTheWindowDoes(store, id, QStringLiteral("DLCO"), info); }, milliseconds);
         QCOMPARE(error.number(), SuiteDatabase::ErrorTimedOut);
         QCOMPARE(error.description(), timeoutMessage(2));
         QCOMPARE(error.detail(), QStringLiteral("database is locked"));
@@ -319,7 +302,7 @@ private slots:
         writer.closeWriteChannel();
         QVERIFY(writer.waitForFinished());
         QCOMPARE(writer.exitCode(), 0);
-        QVERIFY(save(store, id, QStringLiteral("DLCO"), info) > id);
+        QVERIFY(SaveAsTheWindowDoes(store, id, QStringLiteral("DLCO"), info) > id);
         QCOMPARE(store.ListReports()->RecordCount(), 2);
     }
 };

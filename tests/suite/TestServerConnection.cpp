@@ -1,3 +1,4 @@
+#include "WindowSave.h"
 #include "common/TestMain.h"
 
 #include "ScopedServerSession.h"
@@ -43,23 +44,6 @@ private:
         control.start(qEnvironmentVariable("CALVEX_TEST_PG_CONTROL"), {command});
         return control.waitForFinished(120000) && control.exitStatus() == QProcess::NormalExit &&
                control.exitCode() == 0;
-    }
-
-    static qint32 save(NorrixReportStore& store, qint32 id, const QString& name, const ReportInfo& info)
-    {
-        store.BeginTrans();
-        try
-        {
-            store.DeleteReport(id, QString());
-            const qint32 saved = store.SaveReport(name, info);
-            store.CommitTrans();
-            return saved;
-        }
-        catch (const RuntimeError&)
-        {
-            store.RollbackTrans();
-            throw;
-        }
     }
 
     // The first saved definition of the demo, and its variables.
@@ -109,7 +93,7 @@ private slots:
         QVERIFY(programBackend() != before);
 
         terminateProgramConnection(test);
-        const qint32 saved = save(store, id, name, info);
+        const qint32 saved = SaveAsTheWindowDoes(store, id, name, info);
         QVERIFY(saved > id);
         QCOMPARE(store.CountReportsNamed(name), 1);
         qint32 tab = -1;
@@ -144,7 +128,7 @@ private slots:
         // The server dropped the delete with the connection; the next Save works.
         qint32 tab = -1;
         QVERIFY(store.OpenReport(id, false, tab));
-        QVERIFY(save(store, id, name, info) > id);
+        QVERIFY(SaveAsTheWindowDoes(store, id, name, info) > id);
         QCOMPARE(store.CountReportsNamed(name), 1);
     }
 
@@ -181,7 +165,7 @@ private slots:
 
         // The next actions succeed.
         QVERIFY(NorrixPatientQuery().FindByName(QStringLiteral("Control"), QString(), QString())->RecordCount() > 1);
-        QVERIFY(save(store, id, name, info) > id);
+        QVERIFY(SaveAsTheWindowDoes(store, id, name, info) > id);
 
         // A restart between two actions: the next one succeeds too.
         QVERIFY(controlServer(QStringLiteral("stop")));
