@@ -181,10 +181,10 @@ void frmMain::Form_Unload()
     RunGuarded([this] { CloseApplication(m_state, m_blnAutoLogout); }, m_strMsgTitle);
 }
 
-void frmMain::EndProgram()
+void frmMain::EndProgram(int exitCode)
 {
     Unload();
-    ProgramExit();
+    ProgramExit(exitCode);
 }
 
 void frmMain::cmdHelp_Click()
@@ -194,5 +194,5 @@ void frmMain::cmdHelp_Click()
 
 void frmMain::cmdCancel_Click()
 {
-    EndProgram();
+    EndProgram(ExitStatus::Closed);
 }

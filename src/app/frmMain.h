@@ -85,8 +85,11 @@ private:
     void SetRunTimeCaptions();
     void ApplyEditRights();
     void UnloadSplash();
-    // Unloads the window and ends the program.
-    void EndProgram();
+    // Unloads the window and ends the program with exitCode (ExitStatus).
+    void EndProgram(int exitCode);
+    // A refused or failed start: the splash goes, then the window, and the
+    // program ends with ExitStatus::StartFailed.
+    void EndStartUp();
 
     ProgramState& m_state;
     SubjectSearchPanel* m_search = nullptr;

@@ -39,5 +39,9 @@ constexpr qint32 ItemNotFound = 3265;
 constexpr qint32 ObjectClosed = 3704;
 } // namespace ErrorNumber
 
+// The error's number and source, for the details part of the box that shows
+// its description: "Run-time error 3146 (Norrix QC database)".
+QString RuntimeErrorDetail(const RuntimeError& error);
+
 // The error of a component that handed back no object where one was due.
 [[noreturn]] void RaiseObjectNotSet(const QString& source);

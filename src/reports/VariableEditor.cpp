@@ -407,7 +407,10 @@ bool VariableEditor::LoadVariableCatalogue()
         if (rs && rs->IsOpen())
             rs->Close();
         store.reset();
-        MsgBox(error.description(), MsgStyle::Critical, m_host.MsgTitle());
+        // The start-up ends after this box; its details say what failed where.
+        MsgBox(error.description(), MsgStyle::Critical, m_host.MsgTitle(),
+               RuntimeErrorDetail(error) +
+                   QStringLiteral(" while the variable catalogue of tab %1 was loaded.").arg(m_tab));
         return false;
     }
 }

@@ -11,6 +11,19 @@ namespace
 {
 const QString kSource = QStringLiteral("NorrixExCalcLib.NorrixExCalc");
 constexpr qint32 kInvalidProcedureCall = 5;
+
+QString rightText(qint32 right)
+{
+    switch (right)
+    {
+    case CalcEngine::RightRunReports:
+        return QStringLiteral("right %1 (run QC reports)").arg(right);
+    case CalcEngine::RightEditReports:
+        return QStringLiteral("right %1 (edit QC report definitions)").arg(right);
+    default:
+        return QStringLiteral("right %1").arg(right);
+    }
+}
 } // namespace
 
 NorrixCalcEngine::NorrixCalcEngine()
@@ -30,8 +43,9 @@ const SuiteUser& NorrixCalcEngine::user()
         {
             m_user = SuiteUser::load(m_db, name);
         }
-        catch (const RuntimeError&)
+        catch (const RuntimeError& error)
         {
+            m_userError = error.description();
             m_user = SuiteUser::defaults(m_db.settings(), name);
         }
     }
@@ -56,10 +70,12 @@ qint32 NorrixCalcEngine::OpenApplication(qint32 applicationNumber)
     try
     {
         log(AuditSessionOpened, applicationNumber, QVariant(), QVariant(), QVariant());
+        m_sessionUnlogged = false;
     }
     catch (const RuntimeError&)
     {
         // An unreachable database is the start check's to report.
+        m_sessionUnlogged = true;
     }
     return 0;
 }
@@ -67,6 +83,26 @@ qint32 NorrixCalcEngine::OpenApplication(qint32 applicationNumber)
 bool NorrixCalcEngine::HasRight(qint32 right)
 {
     return user().hasRight(right);
+}
+
+QString NorrixCalcEngine::MissingRightReason(qint32 right)
+{
+    const SuiteUser& current = user();
+    if (current.hasRight(right))
+        return QString();
+    if (!m_userError.isEmpty())
+        return QStringLiteral("The rights of the user \"%1\" could not be read, and the site's \"Default Rights\" "
+                              "(\"%2\") do not include %3. %4")
+            .arg(current.name, m_db.settings().defaultRights, rightText(right), m_userError);
+    if (current.listed && current.disabled)
+        return QStringLiteral("The user \"%1\" is disabled in the QC database and does not have %2.")
+            .arg(current.name, rightText(right));
+    if (current.listed)
+        return QStringLiteral("The user \"%1\" does not have %2 in the QC database.")
+            .arg(current.name, rightText(right));
+    return QStringLiteral("The user \"%1\" is not listed in the QC database, and the site's \"Default Rights\" "
+                          "(\"%2\") do not include %3.")
+        .arg(current.name, m_db.settings().defaultRights, rightText(right));
 }
 
 qint32 NorrixCalcEngine::AutoLogoutMinutes()
@@ -89,6 +125,13 @@ qint32 NorrixCalcEngine::StartCheck()
     {
         m_reason = error.description();
         return StartDatabaseUnreachable;
+    }
+    if (version == 0)
+    {
+        m_reason = QStringLiteral("The QC database holds none of the suite's tables (%1). Run \"NorrixDBQuery auto\" "
+                                  "to create them.")
+                       .arg(m_db.settings().describe());
+        return StartSchemaOutdated;
     }
     if (version < SuiteSchema::CurrentVersion)
     {
@@ -131,6 +174,8 @@ void NorrixCalcEngine::PatientNotify(qint32 eventCode, qint32 applicationNumber,
 
 void NorrixCalcEngine::CloseApplication(qint32 applicationNumber, bool autoLogout)
 {
+    if (m_sessionUnlogged)
+        return;
     log(AuditSessionClosed, applicationNumber, QVariant(), QVariant(), qint32(autoLogout));
 }
 

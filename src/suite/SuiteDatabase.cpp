@@ -118,7 +118,9 @@ QSqlDatabase SuiteDatabase::connection()
             failOpen(QStringLiteral("the file \"%1\" does not exist").arg(file.absoluteFilePath()));
         }
         db.setDatabaseName(file.absoluteFilePath());
-        db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+        // Another workstation's or program's lock is waited for as long as
+        // the site's timeout allows, then the statement fails ("database is locked").
+        db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(m_settings.databaseTimeoutSeconds * 1000));
     }
     if (!db.open())
         failOpen(errorText(db.lastError()));
@@ -214,6 +216,14 @@ void SuiteDatabase::insertRows(const QString& table, const QStringList& columns,
 
 bool SuiteDatabase::tableExists(const QString& table)
 {
+    // SQLite is asked with a statement of its own: the driver's list of tables
+    // is empty, not an error, for a file that is no database or that another
+    // program holds locked, and the file would pass for an empty database.
+    if (!isPostgres())
+        return scalar(
+                   QStringLiteral("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND lower(name) = lower(?)"),
+                   {table})
+                   .toInt() > 0;
     return connection().tables(QSql::Tables).contains(table, Qt::CaseInsensitive);
 }
 

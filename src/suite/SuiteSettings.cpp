@@ -37,6 +37,14 @@ qint32 numberValue(const char* name)
     const qint32 number = value.toString().trimmed().toInt(&ok);
     return ok ? number : 0;
 }
+
+qint32 timeoutSecondsValue()
+{
+    const qint32 seconds = numberValue("Database Timeout Seconds");
+    if (seconds < 1 || seconds > SuiteSettings::MaxTimeoutSeconds)
+        return SuiteSettings::DefaultTimeoutSeconds;
+    return seconds;
+}
 } // namespace
 
 SuiteSettings SuiteSettings::fromRegistry()
@@ -55,6 +63,7 @@ SuiteSettings SuiteSettings::fromRegistry()
     settings.demo = numberValue("Demo Database") == 1;
     settings.defaultRights = textValue("Default Rights");
     settings.defaultAutoLogoutMinutes = numberValue("Default Auto Logout Minutes");
+    settings.databaseTimeoutSeconds = timeoutSecondsValue();
     if (settings.databaseName.isEmpty() && !settings.isPostgres())
     {
         settings.databaseName = defaultDemoPath();

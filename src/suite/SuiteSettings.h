@@ -8,8 +8,9 @@
 // "Database Driver" ("QSQLITE" or "QPSQL"), "Database Name" (the SQLite file
 // or the PostgreSQL database), "Database Host", "Database Port",
 // "Database User", "Database Password", "Demo Database" (1 = the embedded
-// demo database), "Default Rights" ("500,501") and
-// "Default Auto Logout Minutes". A missing value reads as empty.
+// demo database), "Default Rights" ("500,501"),
+// "Default Auto Logout Minutes" and "Database Timeout Seconds". A missing
+// value reads as empty.
 struct SuiteSettings
 {
     QString driver = SqliteDriver;
@@ -21,6 +22,13 @@ struct SuiteSettings
     bool demo = false;
     QString defaultRights;
     qint32 defaultAutoLogoutMinutes = 0;
+    // How long one wait for the database may last (another workstation's
+    // lock, a busy file): "Database Timeout Seconds", 15 when missing or not a
+    // number from 1 to 3600.
+    qint32 databaseTimeoutSeconds = DefaultTimeoutSeconds;
+
+    static constexpr qint32 DefaultTimeoutSeconds = 15;
+    static constexpr qint32 MaxTimeoutSeconds = 3600;
 
     static inline const QString SqliteDriver = QStringLiteral("QSQLITE");
     static inline const QString PostgresDriver = QStringLiteral("QPSQL");
