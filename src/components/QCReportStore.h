@@ -14,6 +14,9 @@ class QCReportStore : public Component
 {
 public:
     static inline const QString ClassId = QStringLiteral("NorrixQCReports.QCReportStore");
+    // The longest definition name the store keeps, in characters: the
+    // suite's column of the name holds 100 on every database.
+    static constexpr int MaxReportNameLength = 100;
 
     // All saved definitions: QCReportName, QCReportType, QCReportID.
     virtual RecordsetPtr ListReports() = 0;
