@@ -243,8 +243,10 @@ private slots:
         const QString statuses = QStringLiteral("\n"
                                                 "Exit status:\n"
                                                 "  0  the report was written\n"
-                                                "  1  the report could not be rendered or written (the reason "
-                                                "is on stderr)\n"
+                                                "  1  the report could not be rendered or written, or the "
+                                                "user may not run QC\n"
+                                                "     reports (no right 500, a disabled user): the reason is on "
+                                                "stderr\n"
                                                 "  2  the command line is wrong (usage error)\n");
         for (const QString& option : {QStringLiteral("--help"), QStringLiteral("-h")})
         {
