@@ -1,11 +1,13 @@
 #include "common/TestMain.h"
 
 #include "SuiteTestDatabase.h"
+#include "common/ExclusiveSqliteLock.h"
 #include "platform/RuntimeError.h"
 #include "suite/QueryRecordset.h"
 #include "suite/SuiteTransaction.h"
 
 #include <QDate>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QSqlQuery>
 #include <QTest>
@@ -27,6 +29,80 @@ private:
     }
 
 private slots:
+    void theTimeoutSettingHasItsDefault_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<int>("seconds");
+        QTest::newRow("missing") << QVariant() << 15;
+        QTest::newRow("dword") << QVariant(7) << 7;
+        QTest::newRow("text") << QVariant(QStringLiteral(" 40 ")) << 40;
+        QTest::newRow("zero") << QVariant(0) << 15;
+        QTest::newRow("not a number") << QVariant(QStringLiteral("soon")) << 15;
+        QTest::newRow("beyond an hour") << QVariant(3601) << 15;
+        QTest::newRow("an hour") << QVariant(3600) << 3600;
+    }
+
+    void theTimeoutSettingHasItsDefault()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(int, seconds);
+        SuiteTestDatabase test;
+        test.setValue(QStringLiteral("Database Timeout Seconds"), value);
+        QCOMPARE(test.settings().databaseTimeoutSeconds, seconds);
+    }
+
+    // Another program's exclusive transaction is waited for as long as the
+    // setting says, then the read fails with SQLite's reason.
+    void aLockedFileIsWaitedForTheTimeout()
+    {
+        if (SuiteTestDatabase::onPostgres())
+            QSKIP("An SQLite file.");
+        SuiteTestDatabase test;
+        test.createSchema();
+        test.setValue(QStringLiteral("Database Timeout Seconds"), 1);
+        SuiteDatabase::closeAllConnections();
+        const ExclusiveSqliteLock lock(test.settings().databaseName);
+        QVERIFY2(lock.held(), qPrintable(lock.whyNot()));
+        SuiteDatabase db(test.settings());
+        QElapsedTimer waited;
+        waited.start();
+        try
+        {
+            db.scalar(QStringLiteral("SELECT COUNT(*) FROM patients"));
+            QFAIL("a locked file was read");
+        }
+        catch (const RuntimeError& error)
+        {
+            QVERIFY2(error.description().contains(QLatin1String("database is locked")),
+                     qPrintable(error.description()));
+        }
+        QVERIFY2(waited.elapsed() >= 900 && waited.elapsed() < 5000, qPrintable(QString::number(waited.elapsed())));
+    }
+
+    // The driver's list of tables is empty for a file that is no database;
+    // the table check says what the file is.
+    void aDamagedFileIsNoEmptyDatabase()
+    {
+        if (SuiteTestDatabase::onPostgres())
+            QSKIP("An SQLite file.");
+        SuiteTestDatabase test;
+        QFile file(test.settings().databaseName);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(4096, '#'));
+        file.close();
+        SuiteDatabase db(test.settings());
+        try
+        {
+            db.tableExists(QStringLiteral("schema_version"));
+            QFAIL("a damaged file passed for a database");
+        }
+        catch (const RuntimeError& error)
+        {
+            QVERIFY2(error.description().contains(QLatin1String("file is not a database")),
+                     qPrintable(error.description()));
+        }
+    }
+
     void missingSqliteFileIsUnreachable()
     {
         SuiteTestDatabase test;
