@@ -12,7 +12,7 @@ packages=(
     fonts-liberation2
     clang-format-14
     poppler-utils xvfb xauth x11-utils
-    postgresql
+    postgresql sqlite3
     cups cups-client cups-bsd printer-driver-cups-pdf
 )
 

@@ -45,9 +45,10 @@ QTextStream out(stdout);
 class LoggedBoxes final : public MessageService
 {
 public:
-    int show(const QString& text, int style, const QString& title) override
+    int show(const QString& text, int style, const QString& title, const QString& detail) override
     {
-        std::fprintf(stderr, "message box (%d, %s): %s\n", style, qPrintable(title), qPrintable(text));
+        std::fprintf(stderr, "message box (%d, %s): %s%s\n", style, qPrintable(title), qPrintable(text),
+                     detail.isEmpty() ? "" : qPrintable(QStringLiteral(" (") + detail + u')'));
         return MsgAnswer::Ok;
     }
 };

@@ -34,7 +34,11 @@ QString ProgramCommandLine::help()
         "\n"
         "The window toolkit's own options (-platform, -style, ...) are passed on to it. The settings\n"
         "are read from the key file named by NORRIX_REGISTRY, else /etc/norrix/registry.reg, else the\n"
-        "default key file installed with the program. See calvex-qc(1).\n");
+        "default key file installed with the program. See calvex-qc(1).\n"
+        "\n"
+        "Exit status:\n"
+        "  0  the program was closed (Cancel, the close box, the auto-logout)\n"
+        "  1  the start-up was refused or failed (its last message says why under Show Details)\n");
 }
 
 QString ProgramCommandLine::files()

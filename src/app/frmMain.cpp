@@ -210,10 +210,10 @@ void frmMain::Form_Unload()
     RunGuarded([this] { CloseApplication(m_state, m_blnAutoLogout); }, m_strMsgTitle);
 }
 
-void frmMain::EndProgram()
+void frmMain::EndProgram(int exitCode)
 {
     Unload();
-    ProgramExit(m_state);
+    ProgramExit(m_state, exitCode);
 }
 
 void frmMain::cmdHelp_Click()
@@ -223,5 +223,5 @@ void frmMain::cmdHelp_Click()
 
 void frmMain::cmdCancel_Click()
 {
-    EndProgram();
+    EndProgram(ExitStatus::Closed);
 }

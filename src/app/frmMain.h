@@ -93,8 +93,11 @@ private:
     // Tells the user, once, why editing is off when the database cannot be written.
     void TellWhyEditingIsOff();
     void UnloadSplash();
-    // Unloads the window and ends the program.
-    void EndProgram();
+    // Unloads the window and ends the program with exitCode (ExitStatus).
+    void EndProgram(int exitCode);
+    // A refused or failed start: the splash goes, then the window, and the
+    // program ends with ExitStatus::StartFailed.
+    void EndStartUp();
 
     ProgramState& m_state;
     SubjectSearchPanel* m_search = nullptr;

@@ -1,6 +1,7 @@
 // The start-up of the main window.
 #include "app/frmMain.h"
 
+#include "app/ProgramExit.h"
 #include "app/StartupPrinter.h"
 #include "app/modTimerHook.h"
 #include "components/modCalcObject.h"
@@ -128,131 +129,171 @@ void frmMain::TellWhyEditingIsOff()
     MsgBox(reason, MsgStyle::Information, m_strMsgTitle);
 }
 
+void frmMain::EndStartUp()
+{
+    UnloadSplash();
+    EndProgram(ExitStatus::StartFailed);
+}
+
 void frmMain::Form_Load()
 {
-    // One entry per statement of the start-up. A statement returns false when
-    // it has ended the program. A printer problem (484) only clears
-    // blnAppReady and the start-up goes on with the next statement; any other
-    // run-time error ends the program after its description was shown.
-    const std::vector<std::function<bool()>> statements = {
-        [this] {
-            SetRunTimeCaptions();
-            return true;
-        },
-        [this] {
-            m_strMsgTitle = GetResourceText(4052);
-            return true;
-        },
-        [this] {
-            if (CreateCalcObject(m_state))
-                return true;
-            EndProgram();
-            return false;
-        },
-        [this] {
-            if (EngineAllowsStart(m_state))
-                return true;
-            MsgBox(GetResourceText(4125), MsgStyle::Exclamation, m_strMsgTitle);
-            EndProgram();
-            return false;
-        },
-        [this] {
-            m_splash = new frmSplash;
-            m_splash->Form_Load();
-            m_splash->show();
-            m_splash->activateWindow();
-            m_splash->lblStatus->setText(GetResourceText(4065));
-            DoEvents();
-            return true;
-        },
-        [this] {
-            RunDatabaseQuery();
-            return true;
-        },
-        [this] {
-            if (m_splash)
-                m_splash->lblStatus->setText(GetResourceText(4066));
-            DoEvents();
-            return true;
-        },
-        [this] {
-            m_blnLoading = true;
-            m_state.blnAppReady = true;
-            return true;
-        },
-        [this] {
-            m_state.objPrint = StartupPrinter(m_state);
-            return true;
-        },
-        [this] {
-            m_state.strStartupPrinter = m_state.objPrint ? m_state.objPrint->DeviceName() : QString();
-            m_state.blnPrinterWarned = false;
-            return true;
-        },
-        [this] {
-            m_state.strNotifiedPatientID.clear();
-            m_blnAutoLogout = false;
-            return true;
-        },
-        [this] {
-            m_search->optFindBy[1]->setChecked(true);
-            return true;
-        },
-        [this] {
-            MaskEdBox* to = m_dates->mskDate[1];
-            to->SetText(to->FormatDate(Clock::today()));
-            return true;
-        },
-        [this] {
-            for (int g = 0; g < ReportTabsPanel::TabCount; ++g)
-            {
-                m_tabs->PrepareGrid(g);
-                if (!m_tabs->LoadVariableCatalogue(g))
-                {
-                    UnloadSplash();
-                    EndProgram();
-                    return false;
-                }
-            }
-            return true;
-        },
-        [this] {
-            m_tabs->ListSavedReports();
-            return true;
-        },
-        [this] {
-            m_blnLoading = false;
-            m_tabs->SelectFirstReports();
-            return true;
-        },
-        [this] {
-            ApplyEditRights();
-            return true;
-        },
-        [this] {
-            m_tabs->SetCurrentTab(0);
-            return true;
-        },
-        [this] {
-            UnloadSplash();
-            return true;
-        },
-        [this] {
-            TellWhyEditingIsOff();
-            return true;
-        },
-        [this] {
-            InstallActivityHooks(m_state);
-            m_state.blnLogoutPending = false;
-            return true;
-        },
+    // One entry per statement of the start-up, with what it does for the
+    // details of an error box. A statement returns false when it has ended
+    // the program. A printer problem (484) only clears blnAppReady and the
+    // start-up goes on with the next statement; any other run-time error ends
+    // the program after its description was shown.
+    struct Statement
+    {
+        const char* step;
+        std::function<bool()> run;
+    };
+    const std::vector<Statement> statements = {
+        {"setting the captions",
+         [this] {
+             SetRunTimeCaptions();
+             return true;
+         }},
+        {"reading the message title",
+         [this] {
+             m_strMsgTitle = GetResourceText(4052);
+             return true;
+         }},
+        // The splash is on the screen before anything can wait for the
+        // database: the engine's session, rights and start check each wait
+        // up to the database's timeout when it is locked or does not answer.
+        {"showing the splash window",
+         [this] {
+             m_splash = new frmSplash;
+             m_splash->Form_Load();
+             m_splash->ShowNow();
+             return true;
+         }},
+        {"creating the engine",
+         [this] {
+             if (CreateCalcObject(m_state))
+                 return true;
+             EndStartUp();
+             return false;
+         }},
+        {"asking the engine's start check",
+         [this] {
+             QString reason;
+             if (EngineAllowsStart(m_state, reason))
+                 return true;
+             MsgBox(GetResourceText(4125), MsgStyle::Exclamation, m_strMsgTitle, reason);
+             EndStartUp();
+             return false;
+         }},
+        {"updating the database",
+         [this] {
+             if (m_splash)
+                 m_splash->lblStatus->setText(GetResourceText(4065));
+             DoEvents();
+             return true;
+         }},
+        {"running the database tool",
+         [this] {
+             RunDatabaseQuery();
+             return true;
+         }},
+        {"loading variables and reports",
+         [this] {
+             if (m_splash)
+                 m_splash->lblStatus->setText(GetResourceText(4066));
+             DoEvents();
+             return true;
+         }},
+        {"preparing the window",
+         [this] {
+             m_blnLoading = true;
+             m_state.blnAppReady = true;
+             return true;
+         }},
+        {"taking the printer",
+         [this] {
+             m_state.objPrint = StartupPrinter(m_state);
+             return true;
+         }},
+        {"reading the printer's name",
+         [this] {
+             m_state.strStartupPrinter = m_state.objPrint ? m_state.objPrint->DeviceName() : QString();
+             m_state.blnPrinterWarned = false;
+             return true;
+         }},
+        {"clearing the subject",
+         [this] {
+             m_state.strNotifiedPatientID.clear();
+             m_blnAutoLogout = false;
+             return true;
+         }},
+        {"choosing the search",
+         [this] {
+             m_search->optFindBy[1]->setChecked(true);
+             return true;
+         }},
+        {"setting today's date",
+         [this] {
+             MaskEdBox* to = m_dates->mskDate[1];
+             to->SetText(to->FormatDate(Clock::today()));
+             return true;
+         }},
+        {"loading the variable catalogue",
+         [this] {
+             for (int g = 0; g < ReportTabsPanel::TabCount; ++g)
+             {
+                 m_tabs->PrepareGrid(g);
+                 if (!m_tabs->LoadVariableCatalogue(g))
+                 {
+                     EndStartUp();
+                     return false;
+                 }
+             }
+             return true;
+         }},
+        {"listing the saved reports",
+         [this] {
+             m_tabs->ListSavedReports();
+             return true;
+         }},
+        {"opening the first saved report of each tab",
+         [this] {
+             m_blnLoading = false;
+             m_tabs->SelectFirstReports();
+             return true;
+         }},
+        {"applying the user's rights",
+         [this] {
+             ApplyEditRights();
+             return true;
+         }},
+        {"showing the first tab",
+         [this] {
+             m_tabs->SetCurrentTab(0);
+             return true;
+         }},
+        {"closing the splash window",
+         [this] {
+             UnloadSplash();
+             return true;
+         }},
+        {"telling why editing is off",
+         [this] {
+             TellWhyEditingIsOff();
+             return true;
+         }},
+        {"watching for activity",
+         [this] {
+             InstallActivityHooks(m_state);
+             m_state.blnLogoutPending = false;
+             return true;
+         }},
     };
 
-    for (const auto& statement : statements)
+    for (const Statement& statement : statements)
     {
         try
         {
-            if (!statement())
+            if (!statement.run())
                 return;
         }
         catch (const RuntimeError& error)
@@ -264,8 +305,9 @@ void frmMain::Form_Load()
                 continue;
             }
             UnloadSplash();
-            MsgBox(error.description(), MsgStyle::Critical, m_strMsgTitle);
-            EndProgram();
+            MsgBox(error.description(), MsgStyle::Critical, m_strMsgTitle,
+                   RuntimeErrorDetail(error, QLatin1String(statement.step)));
+            EndStartUp();
             return;
         }
     }

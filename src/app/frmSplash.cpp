@@ -1,12 +1,15 @@
 #include "app/frmSplash.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPixmap>
+#include <QThread>
 #include <QVBoxLayout>
+#include <QWindow>
 
 namespace
 {
@@ -91,6 +94,26 @@ void frmSplash::Form_Load()
 {
     lblVersion->setText(VersionText());
     lblProductName->setText(QApplication::applicationDisplayName());
+}
+
+void frmSplash::ShowNow()
+{
+    show();
+    activateWindow();
+    // The window system exposes a new window a moment after it is shown, and
+    // what is painted before that never reaches the screen. The wait for it
+    // is short and bounded: a display that does not expose the window delays
+    // the start-up by no more than that.
+    constexpr qint64 kExposeWaitMs = 500;
+    QElapsedTimer waited;
+    waited.start();
+    while (!(windowHandle() && windowHandle()->isExposed()) && waited.elapsed() < kExposeWaitMs)
+    {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        QThread::msleep(5);
+    }
+    repaint();
+    QCoreApplication::processEvents();
 }
 
 void frmSplash::Unload()

@@ -17,6 +17,10 @@ public:
 
     // Fills the version and product lines.
     void Form_Load();
+    // Shows the window and has it painted before returning: what comes next
+    // may keep the program busy without letting events run (the start-up's
+    // first questions to the database).
+    void ShowNow();
     // Closes the window (the start-up may go on writing to its progress line).
     void Unload();
 

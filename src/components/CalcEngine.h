@@ -20,6 +20,9 @@ public:
     // 0 = the session is open.
     virtual qint32 OpenApplication(qint32 applicationNumber) = 0;
     virtual bool HasRight(qint32 right) = 0;
+    // Why HasRight(right) is false, in one sentence for the user: who the
+    // user is and where the rights were read from.
+    virtual QString MissingRightReason(qint32 right) = 0;
     virtual qint32 AutoLogoutMinutes() = 0;
     // 0 = the program may start; otherwise StartCheckReason() says why not.
     virtual qint32 StartCheck() = 0;

@@ -14,7 +14,6 @@ class QCReportStore : public Component
 {
 public:
     static inline const QString ClassId = QStringLiteral("NorrixQCReports.QCReportStore");
-
     // The run-time errors a caller tells apart:
     // SaveReport: another definition bears the name already (compared
     // without regard to case), for instance one another workstation saved
@@ -24,7 +23,8 @@ public:
     // definition is no longer stored, for another workstation deleted or
     // replaced it after it was opened here.
     static constexpr qint32 ErrorDefinitionChanged = 3197;
-    // The most characters of a definition's name.
+    // The longest definition name the store keeps, in characters: the
+    // suite's column of the name holds 100 on every database.
     static constexpr qint32 MaxNameLength = 100;
 
     // All saved definitions: QCReportName, QCReportType, QCReportID.

@@ -24,9 +24,13 @@ bool CreateCalcObject(ProgramState& state)
     try
     {
         state.objCalc = ComponentFactory::create<CalcEngine>(CalcEngine::ClassId);
-        if (state.objCalc->OpenApplication(CalcEngine::ApplicationNumber) != 0)
+        const qint32 status = state.objCalc->OpenApplication(CalcEngine::ApplicationNumber);
+        if (status != 0)
         {
-            MsgBox(GetResourceText(4115), MsgStyle::Information);
+            MsgBox(GetResourceText(4115), MsgStyle::Information, QString(),
+                   QStringLiteral("The suite's engine answered %1 when application %2 opened its session.")
+                       .arg(status)
+                       .arg(CalcEngine::ApplicationNumber));
             return false;
         }
         bool result = true;
@@ -34,7 +38,8 @@ bool CreateCalcObject(ProgramState& state)
             state.blnCanRunReports = true;
         else
         {
-            MsgBox(GetResourceText(4116), MsgStyle::Information);
+            MsgBox(GetResourceText(4116), MsgStyle::Information, QString(),
+                   state.objCalc->MissingRightReason(CalcEngine::RightRunReports));
             result = false;
         }
         state.blnCanEditReports = state.objCalc->HasRight(CalcEngine::RightEditReports);
@@ -43,20 +48,28 @@ bool CreateCalcObject(ProgramState& state)
     }
     catch (const RuntimeError& error)
     {
-        MsgBox(error.description(), MsgStyle::Critical);
+        MsgBox(error.description(), MsgStyle::Critical, QString(), RuntimeErrorDetail(error));
         return false;
     }
 }
 
-bool EngineAllowsStart(ProgramState& state)
+bool EngineAllowsStart(ProgramState& state, QString& reason)
 {
+    reason.clear();
     try
     {
-        return state.objCalc->StartCheck() == 0;
+        const qint32 status = state.objCalc->StartCheck();
+        if (status == 0)
+            return true;
+        reason = state.objCalc->StartCheckReason();
+        if (reason.isEmpty())
+            reason = QStringLiteral("The suite's start check answered %1.").arg(status);
+        return false;
     }
     catch (const RuntimeError& error)
     {
-        MsgBox(error.description(), MsgStyle::Critical);
+        reason = error.description();
+        MsgBox(error.description(), MsgStyle::Critical, QString(), RuntimeErrorDetail(error));
         return false;
     }
 }

@@ -5,16 +5,19 @@
 
 namespace
 {
-// Without a window toolkit (command-line tools), a box is a line on stderr and
-// the answer is the default button.
+// Without a window toolkit (command-line tools), a box is a line on stderr,
+// its detail in brackets after the text, and the answer is the default button.
 class StderrMessageService final : public MessageService
 {
 public:
-    int show(const QString& text, int style, const QString& title) override
+    int show(const QString& text, int style, const QString& title, const QString& detail) override
     {
         QTextStream err(stderr);
         const QString caption = title.isEmpty() ? QCoreApplication::applicationName() : title;
-        err << caption << ": " << text << Qt::endl;
+        err << caption << ": " << text;
+        if (!detail.isEmpty())
+            err << " (" << detail << ')';
+        err << Qt::endl;
         return (style & 7) == MsgStyle::YesNo ? MsgAnswer::Yes : MsgAnswer::Ok;
     }
 };
@@ -44,7 +47,7 @@ void MessageService::setDefault(MessageService* service)
     g_default = service ? service : &g_stderrService;
 }
 
-int MsgBox(const QString& text, int style, const QString& title)
+int MsgBox(const QString& text, int style, const QString& title, const QString& detail)
 {
-    return MessageService::current().show(text, style, title);
+    return MessageService::current().show(text, style, title, detail);
 }

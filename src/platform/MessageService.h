@@ -30,8 +30,10 @@ class MessageService
 public:
     virtual ~MessageService() = default;
 
-    // An empty title means the application's default title.
-    virtual int show(const QString& text, int style, const QString& title) = 0;
+    // An empty title means the application's default title. A detail that is
+    // not empty goes with the box as its details part: what the user may open
+    // to learn more (the reason behind the text), e.g. for a support call.
+    virtual int show(const QString& text, int style, const QString& title, const QString& detail) = 0;
 
     static MessageService& current();
     // Installs a service; nullptr puts back the default one. The caller keeps ownership.
@@ -42,4 +44,5 @@ public:
 };
 
 // Shorthand used by every handler.
-int MsgBox(const QString& text, int style = MsgStyle::OkOnly, const QString& title = QString());
+int MsgBox(const QString& text, int style = MsgStyle::OkOnly, const QString& title = QString(),
+           const QString& detail = QString());

@@ -11,9 +11,9 @@ RecordingMessageService::~RecordingMessageService()
     MessageService::install(m_previous);
 }
 
-int RecordingMessageService::show(const QString& text, int style, const QString& title)
+int RecordingMessageService::show(const QString& text, int style, const QString& title, const QString& detail)
 {
-    m_boxes.append({text, style, title});
+    m_boxes.append({text, style, title, detail});
     if (m_hook)
         m_hook(m_boxes.last());
     if (!m_answers.isEmpty())

@@ -19,6 +19,7 @@ public:
         QString text;
         int style = 0;
         QString title;
+        QString detail;
     };
 
     RecordingMessageService();
@@ -26,7 +27,7 @@ public:
     RecordingMessageService(const RecordingMessageService&) = delete;
     RecordingMessageService& operator=(const RecordingMessageService&) = delete;
 
-    int show(const QString& text, int style, const QString& title) override;
+    int show(const QString& text, int style, const QString& title, const QString& detail) override;
 
     void queueAnswer(int answer) { m_answers.enqueue(answer); }
     // Runs while the box is "open", e.g. to check which widget had the focus.

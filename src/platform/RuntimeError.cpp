@@ -13,3 +13,15 @@ void RaiseObjectNotSet(const QString& source)
     throw RuntimeError(ErrorNumber::ObjectNotSet, source,
                        QStringLiteral("Object variable or With block variable not set"));
 }
+
+QString RuntimeErrorDetail(const RuntimeError& error, const QString& whileDoing)
+{
+    QString text = error.source().isEmpty()
+                       ? QStringLiteral("Run-time error %1").arg(error.number())
+                       : QStringLiteral("Run-time error %1 (%2)").arg(error.number()).arg(error.source());
+    if (!whileDoing.isEmpty())
+        text += QStringLiteral(" while %1.").arg(whileDoing);
+    if (!error.detail().trimmed().isEmpty())
+        text += u'\n' + error.detail().trimmed();
+    return text;
+}

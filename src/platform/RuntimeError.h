@@ -46,5 +46,11 @@ constexpr qint32 ItemNotFound = 3265;
 constexpr qint32 ObjectClosed = 3704;
 } // namespace ErrorNumber
 
+// The details part of the box that shows the error's description: its number
+// and source, what was being done when given, and on a line of its own the
+// error's detail (a driver's text):
+// "Run-time error 3146 (Norrix QC database) while listing the saved reports."
+QString RuntimeErrorDetail(const RuntimeError& error, const QString& whileDoing = QString());
+
 // The error of a component that handed back no object where one was due.
 [[noreturn]] void RaiseObjectNotSet(const QString& source);

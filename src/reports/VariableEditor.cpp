@@ -406,7 +406,9 @@ bool VariableEditor::LoadVariableCatalogue()
         if (rs && rs->IsOpen())
             rs->Close();
         store.reset();
-        MsgBox(error.description(), MsgStyle::Critical, m_host.MsgTitle());
+        // The start-up ends after this box; its details say what failed where.
+        MsgBox(error.description(), MsgStyle::Critical, m_host.MsgTitle(),
+               RuntimeErrorDetail(error, QStringLiteral("loading the variable catalogue of tab %1").arg(m_tab)));
         return false;
     }
 }

@@ -4,6 +4,7 @@
 #include "platform/MessageService.h"
 #include "platform/RuntimeError.h"
 #include "platform/modResource.h"
+#include "widgets/ControlCharacterValidator.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -22,6 +23,10 @@ frmSaveAs::frmSaveAs(const QString& msgTitle, QWidget* parent)
     Label1->setObjectName(QStringLiteral("Label1"));
     txtName = new QLineEdit(this);
     txtName->setObjectName(QStringLiteral("txtName"));
+    // A name the store keeps as it was typed, on every database: no longer
+    // than the stored names, and on one line.
+    txtName->setMaxLength(QCReportStore::MaxNameLength);
+    txtName->setValidator(new ControlCharacterValidator(txtName));
     txtName->setMinimumWidth(txtName->fontMetrics().horizontalAdvance(QLatin1Char('M')) * 24);
     Label1->setBuddy(txtName);
     cmdSave = new QPushButton(QStringLiteral("&Save"), this);

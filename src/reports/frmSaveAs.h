@@ -9,7 +9,9 @@
 // "Save Report": asks for the name of a new definition. Save takes a name that
 // no saved definition bears yet (the store compares them, and nothing is
 // trimmed here) and closes the window with it in m_strName; Cancel closes it
-// with m_strName empty.
+// with m_strName empty. The name takes at most the store's
+// MaxNameLength characters and no control characters (left out of what
+// is typed or pasted).
 class frmSaveAs final : public QDialog
 {
     Q_OBJECT

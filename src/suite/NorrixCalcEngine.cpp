@@ -11,6 +11,19 @@ namespace
 {
 const QString kSource = QStringLiteral("NorrixExCalcLib.NorrixExCalc");
 constexpr qint32 kInvalidProcedureCall = 5;
+
+QString rightText(qint32 right)
+{
+    switch (right)
+    {
+    case CalcEngine::RightRunReports:
+        return QStringLiteral("right %1 (run QC reports)").arg(right);
+    case CalcEngine::RightEditReports:
+        return QStringLiteral("right %1 (edit QC report definitions)").arg(right);
+    default:
+        return QStringLiteral("right %1").arg(right);
+    }
+}
 } // namespace
 
 NorrixCalcEngine::NorrixCalcEngine()
@@ -32,6 +45,7 @@ const SuiteUser& NorrixCalcEngine::user()
         catch (const RuntimeError& error)
         {
             m_userUnread = true;
+            m_userError = error.description();
             if (error.number() == SuiteDatabase::ErrorTimedOut)
                 m_unanswered = error.description();
             // The login the settings name on a server; the system user on a file.
@@ -104,6 +118,32 @@ QString NorrixCalcEngine::ReadOnlyReason()
     return QString();
 }
 
+QString NorrixCalcEngine::MissingRightReason(qint32 right)
+{
+    const SuiteUser& current = user();
+    if (current.hasRight(right))
+        return QString();
+    if (!m_userError.isEmpty())
+        return QStringLiteral("The rights of the user \"%1\" could not be read, and the site's \"Default Rights\" "
+                              "(\"%2\") do not include %3. %4")
+            .arg(current.name, m_db.settings().defaultRights, rightText(right), m_userError);
+    if (current.listed && current.disabled)
+        return QStringLiteral("The user \"%1\" is disabled in the QC database and does not have %2.")
+            .arg(current.name, rightText(right));
+    // On a server the rights are the login's privileges there, whether the
+    // users table lists the login or not.
+    if (m_db.isPostgres())
+        return QStringLiteral("The login \"%1\" does not have %2: the database server does not grant it the "
+                              "privileges for it.")
+            .arg(current.name, rightText(right));
+    if (current.listed)
+        return QStringLiteral("The user \"%1\" does not have %2 in the QC database.")
+            .arg(current.name, rightText(right));
+    return QStringLiteral("The user \"%1\" is not listed in the QC database, and the site's \"Default Rights\" "
+                          "(\"%2\") do not include %3.")
+        .arg(current.name, m_db.settings().defaultRights, rightText(right));
+}
+
 qint32 NorrixCalcEngine::AutoLogoutMinutes()
 {
     return user().autoLogoutMinutes;
@@ -129,6 +169,13 @@ qint32 NorrixCalcEngine::StartCheck()
     {
         m_reason = SuiteDatabase::fullText(error);
         return StartDatabaseUnreachable;
+    }
+    if (version == 0)
+    {
+        m_reason = QStringLiteral("The QC database holds none of the suite's tables (%1). Run \"NorrixDBQuery auto\" "
+                                  "to create them.")
+                       .arg(m_db.settings().describe());
+        return StartSchemaOutdated;
     }
     if (version < SuiteSchema::CurrentVersion)
     {
@@ -171,6 +218,8 @@ void NorrixCalcEngine::PatientNotify(qint32 eventCode, qint32 applicationNumber,
 
 void NorrixCalcEngine::CloseApplication(qint32 applicationNumber, bool autoLogout)
 {
+    if (m_userUnread)
+        return;
     log(AuditSessionClosed, applicationNumber, QVariant(), QVariant(), qint32(autoLogout));
 }
 

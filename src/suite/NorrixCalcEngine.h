@@ -52,6 +52,10 @@ public:
     qint32 OpenApplication(qint32 applicationNumber) override;
     // The user's rights as stored, also for a disabled user (the start check refuses those).
     bool HasRight(qint32 right) override;
+    // Names the user and whether the rights came from the users table or from
+    // the site's "Default Rights" (and then why: not listed, or the database
+    // could not be read); empty when the user has the right.
+    QString MissingRightReason(qint32 right) override;
     qint32 AutoLogoutMinutes() override;
     qint32 StartCheck() override;
     QString StartCheckReason() override;
@@ -59,6 +63,9 @@ public:
     // Event codes 9 (taken) and 10 (released); others raise RuntimeError 5.
     // Writing the log raises RuntimeError when the database fails.
     void PatientNotify(qint32 eventCode, qint32 applicationNumber, qint32 reserved, const QString& patientId) override;
+    // Logs the close; nothing when OpenApplication could not log the session's
+    // start (a database that cannot be had, whose reason the start check has
+    // given already: asking it again would only wait and fail once more).
     void CloseApplication(qint32 applicationNumber, bool autoLogout) override;
 
 private:
@@ -69,6 +76,8 @@ private:
 
     SuiteDatabase m_db;
     std::optional<SuiteUser> m_user;
+    // Why the user could not be read, when the site's defaults stand in.
+    QString m_userError;
     QString m_reason;
     // Why the database did not answer when the session opened; empty when it did.
     QString m_unanswered;

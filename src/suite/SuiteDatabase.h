@@ -96,6 +96,8 @@ public:
     // Inserts rows into table in as few statements as the drivers allow.
     void insertRows(const QString& table, const QStringList& columns, const std::vector<QVariantList>& rows);
 
+    // Raises RuntimeError when the database cannot be read (on SQLite a
+    // damaged or locked file too).
     bool tableExists(const QString& table);
 
     void begin();

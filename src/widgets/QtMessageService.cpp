@@ -46,13 +46,16 @@ QMessageBox::Icon iconOf(int style)
 }
 } // namespace
 
-int QtMessageService::show(const QString& text, int style, const QString& title)
+int QtMessageService::show(const QString& text, int style, const QString& title, const QString& detail)
 {
     QMessageBox box(QApplication::activeWindow());
     box.setWindowTitle(title.isEmpty() ? QGuiApplication::applicationDisplayName() : title);
     box.setTextFormat(Qt::PlainText); // texts are never markup
     box.setText(text);
     box.setIcon(iconOf(style));
+    // Shown on request only: the text stays the one the user knows.
+    if (!detail.isEmpty())
+        box.setDetailedText(detail);
 
     const int buttonStyle = style & 7;
     const QList<Button>& buttons = kButtonSets.at(buttonStyle < int(kButtonSets.size()) ? buttonStyle : 0);

@@ -57,6 +57,10 @@ private slots:
                      qPrintable(result.out));
             QVERIFY(result.out.contains(QStringLiteral("\n  -h, --help ")));
             QVERIFY(result.out.contains(QStringLiteral("\n  --version ")));
+            QVERIFY2(result.out.contains(QStringLiteral("\nExit status:\n  0  the program was closed (Cancel, the "
+                                                        "close box, the auto-logout)\n  1  the start-up was refused "
+                                                        "or failed (its last message says why under Show Details)\n")),
+                     qPrintable(result.out));
             // The files this program finds from its own folder, as the window would.
             QVERIFY2(result.out.endsWith(QStringLiteral("\nFiles:\n  settings    %1\n  help pages  %2\n")
                                              .arg(RegistryFile::activePath(), HelpFilePath())),

@@ -40,7 +40,7 @@ void whileBoxIsOpen(const QString& title, const std::function<void(QMessageBox&)
         box->done(QMessageBox::Ok);
     });
     poll.start();
-    QtMessageService().show(QStringLiteral("No report was found."), 48, title);
+    QtMessageService().show(QStringLiteral("No report was found."), 48, title, QString());
 }
 
 // The title the X server holds for a window, as the window manager shows it.

@@ -55,6 +55,11 @@ public:
         call(QStringLiteral("HasRight %1").arg(right), QStringLiteral("HasRight"));
         return m_script->rights.contains(right);
     }
+    QString MissingRightReason(qint32 right) override
+    {
+        call(QStringLiteral("MissingRightReason %1").arg(right), QStringLiteral("MissingRightReason"));
+        return m_script->rights.contains(right) ? QString() : QStringLiteral("no right %1 in the test").arg(right);
+    }
     qint32 AutoLogoutMinutes() override
     {
         call(QStringLiteral("AutoLogoutMinutes"), QStringLiteral("AutoLogoutMinutes"));

@@ -78,6 +78,9 @@ private slots:
         QCOMPARE(m_boxes->last().text, QStringLiteral("T4115"));
         QCOMPARE(m_boxes->last().style, 64);
         QCOMPARE(m_boxes->last().title, QString());
+        // The details say what the engine answered.
+        QCOMPARE(m_boxes->last().detail,
+                 QStringLiteral("The suite's engine answered 3 when application 6 opened its session."));
         QVERIFY(!m_state->blnCanRunReports);
         QVERIFY(!m_state->blnCanEditReports);
     }
@@ -88,10 +91,13 @@ private slots:
         m_engine->logoutMinutes = 2;
         QVERIFY(!CreateCalcObject(*m_state));
         QCOMPARE(m_engine->calls, QStringList({QStringLiteral("OpenApplication 6"), QStringLiteral("HasRight 500"),
-                                               QStringLiteral("HasRight 501"), QStringLiteral("AutoLogoutMinutes")}));
+                                               QStringLiteral("MissingRightReason 500"), QStringLiteral("HasRight 501"),
+                                               QStringLiteral("AutoLogoutMinutes")}));
         QCOMPARE(m_boxes->count(), 1);
         QCOMPARE(m_boxes->last().text, QStringLiteral("T4116"));
         QCOMPARE(m_boxes->last().style, 64);
+        // The engine's account of the missing right is the box's detail.
+        QCOMPARE(m_boxes->last().detail, QStringLiteral("no right 500 in the test"));
         QVERIFY(!m_state->blnCanRunReports);
         QVERIFY(m_state->blnCanEditReports);
         QCOMPARE(m_state->lngLogoutSeconds, 120);
@@ -112,6 +118,7 @@ private slots:
         QCOMPARE(m_boxes->count(), 1);
         QCOMPARE(m_boxes->last().text, QStringLiteral("Overflow"));
         QCOMPARE(m_boxes->last().style, 16);
+        QCOMPARE(m_boxes->last().detail, QStringLiteral("Run-time error 6 (modCalcObject)"));
     }
 
     void engineThatCannotBeCreatedIsReported()
@@ -149,18 +156,24 @@ private slots:
         QFETCH(bool, allowed);
         m_engine->startStatus = status;
         QVERIFY(CreateCalcObject(*m_state));
-        QCOMPARE(EngineAllowsStart(*m_state), allowed);
+        QString reason = QStringLiteral("left from before");
+        QCOMPARE(EngineAllowsStart(*m_state, reason), allowed);
         QCOMPARE(m_boxes->count(), 0);
+        // A refusal comes with the engine's reason; a start that may go on with none.
+        QCOMPARE(reason, allowed ? QString() : QStringLiteral("refused by the test"));
     }
 
     void startCheckErrorIsShownAndRefusesTheStart()
     {
         QVERIFY(CreateCalcObject(*m_state));
         m_engine->failOn = QStringLiteral("StartCheck");
-        QVERIFY(!EngineAllowsStart(*m_state));
+        QString reason;
+        QVERIFY(!EngineAllowsStart(*m_state, reason));
         QCOMPARE(m_boxes->count(), 1);
         QCOMPARE(m_boxes->last().text, QStringLiteral("The engine failed in StartCheck"));
         QCOMPARE(m_boxes->last().style, 16);
+        QCOMPARE(m_boxes->last().detail, QStringLiteral("Run-time error -2147418113 (FakeCalcEngine)"));
+        QCOMPARE(reason, QStringLiteral("The engine failed in StartCheck"));
     }
 
     void firstSubjectIsOnlyTaken()

@@ -7,6 +7,10 @@
 #include "platform/ScopedComponentRegistration.h"
 #include "reports/frmSaveAs.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
 #include <QTest>
 
 using namespace PanelDriving;
@@ -131,6 +135,105 @@ private slots:
         });
         QCOMPARE(name, QStringLiteral("  PF daily "));
         QCOMPARE(f.store->calls, QStringList({QStringLiteral("CountReportsNamed   PF daily ")}));
+    }
+
+    void theNameTakesAtMostTheStoredLength()
+    {
+        SaveAsFixture f;
+        QCOMPARE(QCReportStore::MaxNameLength, 100);
+        const QString name = f.run([](frmSaveAs& dialog) {
+            // Typed: the 101st character goes nowhere.
+            QTest::keyClicks(dialog.txtName, QString(101, QLatin1Char('x')));
+            QCOMPARE(dialog.txtName->text(), QString(100, QLatin1Char('x')));
+            // Pasted: the start of the text, as much as fits.
+            dialog.txtName->clear();
+            QString pasted;
+            for (int i = 0; i < 15; ++i)
+                pasted += QStringLiteral("Spiro %1 ").arg(i, 2, 10, QLatin1Char('0'));
+            QCOMPARE(pasted.size(), 135);
+            QGuiApplication::clipboard()->setText(pasted);
+            QTest::keyClick(dialog.txtName, Qt::Key_V, Qt::ControlModifier);
+            QCOMPARE(dialog.txtName->text(), pasted.left(100));
+            // Into a full box nothing more goes, wherever the cursor is.
+            dialog.txtName->setCursorPosition(3);
+            dialog.txtName->insert(QStringLiteral("more"));
+            QCOMPARE(dialog.txtName->text(), pasted.left(100));
+            click(dialog.cmdSave);
+        });
+        QCOMPARE(name, QString(QStringLiteral("Spiro 00 Spiro 01 Spiro 02 Spiro 03 Spiro 04 Spiro 05 Spiro 06 Spiro 07 "
+                                              "Spiro 08 Spiro 09 Spiro 10 S")));
+        QCOMPARE(name.size(), 100);
+    }
+
+    void controlCharactersCannotBeTyped()
+    {
+        SaveAsFixture f;
+        const QString name = f.run([](frmSaveAs& dialog) {
+            QTest::keyClicks(dialog.txtName, QStringLiteral("PF"));
+            // Keys whose text is a control character (an escape, a C1 code).
+            for (const QString& text : {QStringLiteral("\x1b"), QStringLiteral("\u0085"), QStringLiteral("\x07")})
+            {
+                QKeyEvent press(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, text);
+                QCoreApplication::sendEvent(dialog.txtName, &press);
+            }
+            // An input method's committed text with a line break and a tab in it.
+            QInputMethodEvent composed;
+            composed.setCommitString(QStringLiteral(" daily\n\tQC\u2028"));
+            QCoreApplication::sendEvent(dialog.txtName, &composed);
+            QCOMPARE(dialog.txtName->text(), QStringLiteral("PF dailyQC"));
+            QCOMPARE(dialog.txtName->cursorPosition(), 10);
+            click(dialog.cmdSave);
+        });
+        QCOMPARE(name, QStringLiteral("PF dailyQC"));
+        QCOMPARE(f.store->calls, QStringList({QStringLiteral("CountReportsNamed PF dailyQC")}));
+    }
+
+    void controlCharactersCannotBePasted()
+    {
+        SaveAsFixture f;
+        const QString name = f.run([](frmSaveAs& dialog) {
+            // A cell copied from a spreadsheet ends in a line break.
+            QGuiApplication::clipboard()->setText(QStringLiteral("DLCO\r\n"));
+            QTest::keyClick(dialog.txtName, Qt::Key_V, Qt::ControlModifier);
+            QCOMPARE(dialog.txtName->text(), QStringLiteral("DLCO"));
+            // Pasted into the middle: the rest of the pasted text arrives, the cursor after it.
+            dialog.txtName->setCursorPosition(2);
+            QGuiApplication::clipboard()->setText(QStringLiteral("\t-\x01x\x1f-\x7f"));
+            dialog.txtName->paste();
+            QCOMPARE(dialog.txtName->text(), QStringLiteral("DL-x-CO"));
+            QCOMPARE(dialog.txtName->cursorPosition(), 5);
+            // Inserted by the program's own hand, the same.
+            dialog.txtName->end(false);
+            dialog.txtName->insert(QStringLiteral("\u2029 weekly\v"));
+            QCOMPARE(dialog.txtName->text(), QStringLiteral("DL-x-CO weekly"));
+            click(dialog.cmdSave);
+        });
+        QCOMPARE(name, QStringLiteral("DL-x-CO weekly"));
+    }
+
+    void onlyControlCharactersLeaveTheNameEmpty()
+    {
+        SaveAsFixture f;
+        f.run([](frmSaveAs& dialog) {
+            QGuiApplication::clipboard()->setText(QStringLiteral("\r\n\t"));
+            dialog.txtName->paste();
+            QCOMPARE(dialog.txtName->text(), QString());
+            QVERIFY(!dialog.cmdSave->isEnabled());
+            click(dialog.cmdCancel);
+        });
+        QVERIFY(f.store->calls.isEmpty());
+    }
+
+    void spacesAndOtherCharactersStayAsTheyAre()
+    {
+        SaveAsFixture f;
+        const QString typed = QStringLiteral("  Lungenfunktion – Woche ½ (Ärzte) 肺功能 ");
+        const QString name = f.run([&typed](frmSaveAs& dialog) {
+            QGuiApplication::clipboard()->setText(typed);
+            dialog.txtName->paste();
+            click(dialog.cmdSave);
+        });
+        QCOMPARE(name, typed);
     }
 
     void cancelGivesNoName()

@@ -8,6 +8,7 @@
 #include "suite/SuiteDataLoader.h"
 #include "suite/SuiteSchema.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSqlQuery>
@@ -221,6 +222,96 @@ private slots:
         test.db().open(); // exists, but has no schema
         NorrixCalcEngine engine;
         QCOMPARE(engine.StartCheck(), NorrixCalcEngine::StartSchemaOutdated);
+        QCOMPARE(engine.StartCheckReason(),
+                 QStringLiteral("The QC database holds none of the suite's tables (%1). Run \"NorrixDBQuery auto\" to "
+                                "create them.")
+                     .arg(test.settings().describe()));
+    }
+
+    void startCheckNamesADamagedFile()
+    {
+        if (SuiteTestDatabase::onPostgres())
+            QSKIP("An SQLite file.");
+        SuiteTestDatabase test;
+        const QString path = test.tempPath(QStringLiteral("damaged.sqlite"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(8192, 'Q'));
+        file.close();
+        test.setValue(QStringLiteral("Database Name"), path);
+        NorrixCalcEngine engine;
+        QCOMPARE(engine.OpenApplication(6), 0);
+        QCOMPARE(engine.StartCheck(), NorrixCalcEngine::StartDatabaseUnreachable);
+        // Not an empty database: the file is no database at all.
+        QVERIFY2(engine.StartCheckReason().contains(QLatin1String("file is not a database")),
+                 qPrintable(engine.StartCheckReason()));
+        engine.CloseApplication(6, false);
+        QCOMPARE(QFileInfo(path).size(), 8192);
+    }
+
+    void missingRightReasonNamesTheUserAndWhereTheRightsCameFrom()
+    {
+        if (SuiteTestDatabase::onPostgres())
+            QSKIP("on a server the rights are the login's privileges there (TestServerRights)");
+        SuiteTestDatabase test;
+        test.createSchema();
+        addUsers(test.db());
+        test.setValue(QStringLiteral("Default Rights"), QStringLiteral("501"));
+        {
+            ScopedUserName user(test, "viewer");
+            NorrixCalcEngine engine;
+            QCOMPARE(engine.MissingRightReason(500), QString());
+            QCOMPARE(engine.MissingRightReason(501),
+                     QStringLiteral("The user \"viewer\" does not have right 501 (edit QC report definitions) in the "
+                                    "QC database."));
+        }
+        {
+            ScopedUserName user(test, "temp.worker");
+            NorrixCalcEngine engine;
+            QVERIFY(!engine.HasRight(500));
+            QCOMPARE(engine.MissingRightReason(500),
+                     QStringLiteral("The user \"temp.worker\" is not listed in the QC database, and the site's "
+                                    "\"Default Rights\" (\"501\") do not include right 500 (run QC reports)."));
+        }
+        {
+            test.db().exec(QStringLiteral("DELETE FROM user_rights WHERE user_name = ? AND right_number = ?"),
+                           {QStringLiteral("gone"), 500});
+            ScopedUserName user(test, "gone");
+            NorrixCalcEngine engine;
+            QCOMPARE(engine.MissingRightReason(500),
+                     QStringLiteral("The user \"gone\" is disabled in the QC database and does not have right 500 "
+                                    "(run QC reports)."));
+        }
+    }
+
+    void missingRightReasonTellsWhyTheDefaultsStoodIn()
+    {
+        if (SuiteTestDatabase::onPostgres())
+            QSKIP("the site's defaults stand in on a SQLite file only");
+        SuiteTestDatabase test;
+        test.setValue(QStringLiteral("Database Driver"), QStringLiteral("QSQLITE"));
+        test.setValue(QStringLiteral("Database Name"), test.tempPath(QStringLiteral("nowhere/qc.sqlite")));
+        test.setValue(QStringLiteral("Default Rights"), QString());
+        ScopedUserName user(test, "viewer");
+        NorrixCalcEngine engine;
+        QVERIFY(!engine.HasRight(500));
+        const QString reason = engine.MissingRightReason(500);
+        QVERIFY2(reason.startsWith(QLatin1String("The rights of the user \"viewer\" could not be read, and the site's "
+                                                 "\"Default Rights\" (\"\") do not include right 500 (run QC reports). "
+                                                 "The QC database cannot be opened: the file ")),
+                 qPrintable(reason));
+        QVERIFY2(reason.contains(QLatin1String("does not exist")), qPrintable(reason));
+    }
+
+    void aSessionThatCouldNotBeLoggedClosesWithoutAsking()
+    {
+        SuiteTestDatabase test;
+        test.db().open(); // exists, but has no audit log
+        NorrixCalcEngine engine;
+        QCOMPARE(engine.OpenApplication(6), 0);
+        // The close would fail as the session's start did ("no such table"); it is not tried.
+        engine.CloseApplication(6, false);
+        QVERIFY(!test.db().tableExists(QStringLiteral("audit_log")));
     }
 
     void startCheckRefusesANewerSchema()

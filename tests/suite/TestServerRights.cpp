@@ -7,6 +7,9 @@
 #include "suite/NorrixReportStore.h"
 #include "suite/SuiteDataLoader.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
 #include <QSqlQuery>
 #include <QTest>
 
@@ -75,6 +78,44 @@ private:
             return error;
         }
         return RuntimeError(0, QString(), QStringLiteral("no error"));
+    }
+
+    struct Rendered
+    {
+        int exitCode = -1;
+        QString err;
+    };
+
+    // calvex-qc-render of the demo's Spirometry report of QC001 to pdf, as
+    // the key file's login.
+    static Rendered renderAsTheLogin(const QString& pdf)
+    {
+        QProcess render;
+        render.start(QDir(qEnvironmentVariable("CALVEX_BIN_DIR")).filePath(QStringLiteral("calvex-qc-render")),
+                     {QStringLiteral("--tab"), QStringLiteral("PF"), QStringLiteral("--report"),
+                      QStringLiteral("Spirometry"), QStringLiteral("--subject"), QStringLiteral("QC001"),
+                      QStringLiteral("--from"), QStringLiteral("01/01/2024"), QStringLiteral("--to"),
+                      QStringLiteral("06/30/2024"), QStringLiteral("--out"), pdf});
+        if (!render.waitForFinished(60000))
+            render.kill();
+        return {render.exitStatus() == QProcess::NormalExit ? render.exitCode() : -1,
+                QString::fromUtf8(render.readAllStandardError())};
+    }
+
+    // A login that may read the suite's own tables (who it is, the schema's
+    // version) and write the audit log, but not read the QC data.
+    static void createLoginWithoutRight500(SuiteTestDatabase& test, const QString& login)
+    {
+        SuiteDatabase& admin = test.db();
+        if (!admin.scalar(QStringLiteral("SELECT 1 FROM pg_roles WHERE rolname = ?"), {login}).isNull())
+        {
+            admin.exec(QStringLiteral("DROP OWNED BY ") + login);
+            admin.exec(QStringLiteral("DROP ROLE ") + login);
+        }
+        admin.exec(QStringLiteral("CREATE ROLE ") + login + QStringLiteral(" LOGIN"));
+        admin.exec(QStringLiteral("GRANT USAGE ON SCHEMA public TO ") + login);
+        admin.exec(QStringLiteral("GRANT SELECT ON schema_version, users, user_rights TO ") + login);
+        admin.exec(QStringLiteral("GRANT INSERT ON audit_log TO ") + login);
     }
 
 private slots:
@@ -220,6 +261,40 @@ private slots:
         QVERIFY2(engine.StartCheckReason().contains(QLatin1String("permission denied for table schema_version")),
                  qPrintable(engine.StartCheckReason()));
         QVERIFY_THROWS_EXCEPTION(RuntimeError, NorrixReportStore().SaveReport(QStringLiteral("Mine"), {}));
+    }
+
+    // The renderer asks the engine as the program's start does: a disabled
+    // login and a login without right 500 get no report, one line with the
+    // reason and exit status 1; a login with right 500 gets its report.
+    void theRendererHoldsTheServersRights()
+    {
+        SuiteTestDatabase test;
+        setUp(test);
+        test.db().exec(QStringLiteral("CREATE ROLE formerstaff LOGIN IN ROLE calvex_qc_edit"));
+        createLoginWithoutRight500(test, QStringLiteral("calvex_qc_audit"));
+        const QString pdf = test.tempPath(QStringLiteral("report.pdf"));
+        qputenv("USER", "labmanager");
+
+        loginAs(test, QStringLiteral("formerstaff")); // the demo lists formerstaff as disabled
+        Rendered result = renderAsTheLogin(pdf);
+        QCOMPARE(result.err, QStringLiteral("calvex-qc-render: The user \"formerstaff\" is disabled in the QC "
+                                            "database.\n"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(!QFileInfo::exists(pdf));
+
+        loginAs(test, QStringLiteral("calvex_qc_audit"));
+        result = renderAsTheLogin(pdf);
+        QCOMPARE(result.err, QStringLiteral("calvex-qc-render: The login \"calvex_qc_audit\" does not have right "
+                                            "500 (run QC reports): the database server does not grant it the "
+                                            "privileges for it.\n"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(!QFileInfo::exists(pdf));
+
+        loginAs(test, QStringLiteral("anna"));
+        result = renderAsTheLogin(pdf);
+        QCOMPARE(result.err, QString());
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY(QFileInfo(pdf).size() > 0);
     }
 
     void cleanup() { qputenv("USER", m_user); }

@@ -27,6 +27,30 @@ private:
     }
 
 private slots:
+    // The driver's list of tables is empty for a file that is no database;
+    // the table check says what the file is.
+    void aDamagedFileIsNoEmptyDatabase()
+    {
+        if (SuiteTestDatabase::onPostgres())
+            QSKIP("An SQLite file.");
+        SuiteTestDatabase test;
+        QFile file(test.settings().databaseName);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(4096, '#'));
+        file.close();
+        SuiteDatabase db(test.settings());
+        try
+        {
+            db.tableExists(QStringLiteral("schema_version"));
+            QFAIL("a damaged file passed for a database");
+        }
+        catch (const RuntimeError& error)
+        {
+            QVERIFY2(SuiteDatabase::fullText(error).contains(QLatin1String("file is not a database")),
+                     qPrintable(SuiteDatabase::fullText(error)));
+        }
+    }
+
     void missingSqliteFileIsUnreachable()
     {
         SuiteTestDatabase test;

@@ -244,8 +244,10 @@ private slots:
         const QString statuses = QStringLiteral("\n"
                                                 "Exit status:\n"
                                                 "  0  the report was written; with --check: no QC rule was broken\n"
-                                                "  1  the report could not be rendered or written (the reason "
-                                                "is on stderr)\n"
+                                                "  1  the report could not be rendered or written, or the "
+                                                "user may not run QC\n"
+                                                "     reports (no right 500, a disabled user): the reason is on "
+                                                "stderr\n"
                                                 "  2  the command line is wrong (usage error), or a QC rule is "
                                                 "unknown\n"
                                                 "  3  with --check: a QC rule was broken\n");

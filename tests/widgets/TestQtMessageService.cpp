@@ -24,6 +24,9 @@ struct SeenBox
     QMessageBox::StandardButtons buttons;
     QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
     Qt::TextFormat format = Qt::AutoText;
+    QString detailedText;
+    // The button that opens the details ("Show Details..."), when the box has one.
+    QString detailsButton;
 };
 
 // Waits inside the box's own event loop until the modal box is up, records
@@ -38,12 +41,20 @@ void whenBoxOpens(std::optional<SeenBox>& seen, std::function<void(QMessageBox*)
             return;
         poll->stop();
         poll->deleteLater();
+        QString detailsButton;
+        for (QAbstractButton* button : box->buttons())
+        {
+            if (box->buttonRole(button) == QMessageBox::ActionRole)
+                detailsButton = button->text();
+        }
         seen = SeenBox{box->windowTitle(),
                        box->text(),
                        box->icon(),
                        box->standardButtons(),
                        box->defaultButton() ? box->standardButton(box->defaultButton()) : QMessageBox::NoButton,
-                       box->textFormat()};
+                       box->textFormat(),
+                       box->detailedText(),
+                       detailsButton};
         act(box);
     });
     poll->start();
@@ -85,7 +96,7 @@ private slots:
         QtMessageService service;
         std::optional<SeenBox> seen;
         whenBoxOpens(seen, [](QMessageBox* box) { box->buttons().first()->click(); });
-        service.show(QStringLiteral("Careful"), style, QStringLiteral("Title"));
+        service.show(QStringLiteral("Careful"), style, QStringLiteral("Title"), QString());
         QVERIFY(seen);
         QCOMPARE(int(seen->icon), icon);
         QCOMPARE(seen->text, QStringLiteral("Careful"));
@@ -123,7 +134,7 @@ private slots:
         QtMessageService service;
         std::optional<SeenBox> seen;
         whenBoxOpens(seen, press(QMessageBox::StandardButton(pressed)));
-        QCOMPARE(service.show(QStringLiteral("Go on?"), style, QStringLiteral("T4052")), answer);
+        QCOMPARE(service.show(QStringLiteral("Go on?"), style, QStringLiteral("T4052"), QString()), answer);
         QVERIFY(seen);
         QCOMPARE(int(seen->buttons), buttons);
         QCOMPARE(int(seen->defaultButton), defaultButton);
@@ -134,7 +145,7 @@ private slots:
         QtMessageService service;
         std::optional<SeenBox> seen;
         whenBoxOpens(seen, [](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Escape); });
-        QCOMPARE(service.show(QStringLiteral("Leave?"), 1 + 32, QStringLiteral("T4052")), 2);
+        QCOMPARE(service.show(QStringLiteral("Leave?"), 1 + 32, QStringLiteral("T4052"), QString()), 2);
         QVERIFY(seen);
     }
 
@@ -146,7 +157,7 @@ private slots:
         QtMessageService service;
         std::optional<SeenBox> seen;
         whenBoxOpens(seen, press(QMessageBox::Ok));
-        QCOMPARE(service.show(QStringLiteral("ResourceID is not found,  4200"), 0, QString()), 1);
+        QCOMPARE(service.show(QStringLiteral("ResourceID is not found,  4200"), 0, QString(), QString()), 1);
         QCoreApplication::setApplicationName(previous);
         QVERIFY(seen);
         QCOMPARE(seen->title, QStringLiteral("Calvex QC Reports Test"));
@@ -158,10 +169,49 @@ private slots:
         QtMessageService service;
         std::optional<SeenBox> seen;
         whenBoxOpens(seen, press(QMessageBox::Ok));
-        service.show(QStringLiteral("<b>Smith</b> & Co"), 0, QStringLiteral("T4052"));
+        service.show(QStringLiteral("<b>Smith</b> & Co"), 0, QStringLiteral("T4052"), QString());
         QVERIFY(seen);
         QCOMPARE(seen->format, Qt::PlainText);
         QCOMPARE(seen->text, QStringLiteral("<b>Smith</b> & Co"));
+    }
+
+    void detailIsBehindTheDetailsButton()
+    {
+        QtMessageService service;
+        std::optional<SeenBox> seen;
+        whenBoxOpens(seen, press(QMessageBox::Ok));
+        QCOMPARE(service.show(QStringLiteral("T4125"), 48, QStringLiteral("T4052"),
+                              QStringLiteral("The user \"formerstaff\" is disabled in the QC database.")),
+                 1);
+        QVERIFY(seen);
+        // The text stays as it is; the reason is the details part.
+        QCOMPARE(seen->text, QStringLiteral("T4125"));
+        QCOMPARE(seen->detailedText, QStringLiteral("The user \"formerstaff\" is disabled in the QC database."));
+        QVERIFY2(seen->detailsButton.startsWith(QLatin1String("Show Details")), qPrintable(seen->detailsButton));
+        QCOMPARE(int(seen->buttons), int(QMessageBox::Ok));
+    }
+
+    void noDetailNoDetailsButton()
+    {
+        QtMessageService service;
+        std::optional<SeenBox> seen;
+        whenBoxOpens(seen, press(QMessageBox::Ok));
+        service.show(QStringLiteral("T4117"), 0, QStringLiteral("T4052"), QString());
+        QVERIFY(seen);
+        QCOMPARE(seen->detailedText, QString());
+        QCOMPARE(seen->detailsButton, QString());
+    }
+
+    void detailGoesThroughMsgBox()
+    {
+        QVERIFY(!MessageService::installed());
+        QtMessageService::installAsDefault();
+        const auto restore = qScopeGuard([] { MessageService::setDefault(nullptr); });
+        std::optional<SeenBox> seen;
+        whenBoxOpens(seen, press(QMessageBox::Ok));
+        MsgBox(QStringLiteral("T4116"), 64, QString(), QStringLiteral("no right 500"));
+        QVERIFY(seen);
+        QCOMPARE(seen->detailedText, QStringLiteral("no right 500"));
     }
 
     void installsAsTheDefaultService()

@@ -2,8 +2,10 @@
 // subject and period, with the same request, store calls and page layouts as
 // the program's Print, to a PDF file or to PNG pages. Exit status 0 on
 // success (with one line saying where the output is), 1 when the report
-// cannot be rendered or written and 2 for a bad command line; every failure
-// is one line on stderr, and stderr holds nothing but the renderer's lines.
+// cannot be rendered or written or the suite refuses the user (no right 500,
+// a disabled user, as at the program's start) and 2 for a bad command line;
+// every failure is one line on stderr, and stderr holds nothing but the
+// renderer's lines.
 //
 // With --check it checks the report's charts against the QC rules (the
 // site's "QC Rules" or --rules) for unattended monitoring: one line per
@@ -14,6 +16,7 @@
 #include "RenderOptions.h"
 #include "RenderOutput.h"
 #include "RenderRequest.h"
+#include "RenderSession.h"
 #include "ReportRuleCheck.h"
 #include "output/modPrintReport.h"
 #include "platform/Clock.h"
@@ -177,6 +180,9 @@ int render(const QStringList& arguments)
     // not there yet; a site's database that is missing is an error.
     SuiteSetup::createMissingDemo(SuiteSettings::fromRegistry());
     RegisterSuiteComponents();
+    // The engine decides, as it does for the program, whether this user may
+    // run QC reports now; nothing is read before it has.
+    const RenderSession session;
     const bool siUnits = options.siUnits || ReadSIUnitSetting();
     const ReportInfo info = BuildRenderRequest(options, siUnits);
     PreparedReport report;
