@@ -3,6 +3,7 @@
 #include "RenderFailure.h"
 #include "output/PdfFileTarget.h"
 #include "output/PictureTarget.h"
+#include "output/TableCsv.h"
 #include "output/modPrintReport.h"
 #include "platform/FileWriteError.h"
 #include "platform/WholeFileWriter.h"
@@ -79,4 +80,21 @@ qint32 WritePngPages(PreparedReport& report, const QString& folder)
         refuseFile(error);
     }
     return pages;
+}
+
+qint32 WriteTableCsv(const PreparedReport& report, const QString& fileName)
+{
+    if (!report.Table.Data)
+        refuse(QStringLiteral("the report has no table to write to %1").arg(fileName));
+    WholeFileWriter file;
+    file.add(fileName, TableCsv(report.Table));
+    try
+    {
+        file.write();
+    }
+    catch (const FileWriteError& error)
+    {
+        refuseFile(error);
+    }
+    return report.Table.Data->RecordCount();
 }

@@ -1,15 +1,21 @@
 // calvex-qc-render: renders the QC report of a saved definition for one QC
 // subject and period, with the same request, store calls and page layouts as
-// the program's Print, to a PDF file or to PNG pages. Exit status 0 on
-// success (with one line saying where the output is), 1 when the report
-// cannot be rendered or written and 2 for a bad command line; every failure
-// is one line on stderr, and stderr holds nothing but the renderer's lines.
+// the program's Print, to a PDF file or to PNG pages, and its table's data to
+// a CSV file; or, with --all, every saved definition for each subject of a
+// list, one PDF each. Exit status 0 on success (with one line per file saying
+// where the output is), 1 when a report cannot be rendered or written and 2
+// for a bad command line (RunStatus); every failure is one line on stderr,
+// and stderr holds nothing but the renderer's lines.
 
+#include "OutFolderNames.h"
+#include "RenderBatch.h"
+#include "RenderConsole.h"
 #include "RenderFailure.h"
 #include "RenderOptions.h"
 #include "RenderOutput.h"
+#include "RenderPreparation.h"
 #include "RenderRequest.h"
-#include "output/modPrintReport.h"
+#include "RunStatus.h"
 #include "platform/Clock.h"
 #include "platform/ProgramVersion.h"
 #include "platform/RuntimeError.h"
@@ -29,16 +35,6 @@
 
 namespace
 {
-constexpr int kExitWritten = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitBadCommandLine = 2;
-
-void printLine(FILE* stream, QString text)
-{
-    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    QTextStream(stream) << text << Qt::endl;
-}
-
 // What Qt and its plug-ins say for themselves (no runtime folder, a locale
 // that is not UTF-8, a font or image codec's complaint) is not the
 // renderer's to report: a scheduled run's stderr holds only the renderer's
@@ -50,7 +46,7 @@ void keepQtMessagesOut(QtMsgType type, const QMessageLogContext& context, const 
 {
     const bool ours = context.category && QByteArrayView(context.category).startsWith("calvex.");
     if (ours || type == QtFatalMsg)
-        printLine(stderr, QStringLiteral("calvex-qc-render: ") + message);
+        PrintFailure(message);
 }
 
 [[noreturn]] void refuse(const QString& message)
@@ -58,27 +54,69 @@ void keepQtMessagesOut(QtMsgType type, const QMessageLogContext& context, const 
     throw RenderFailure{message, false};
 }
 
-QString periodText(const ReportInfo& info)
+QString pageCountText(qint32 pages)
 {
-    return info.FromDate.isEmpty() ? QStringLiteral("up to ") + info.ToDate
-                                   : QStringLiteral("from %1 to %2").arg(info.FromDate, info.ToDate);
+    return pages == 1 ? QStringLiteral("1 page") : QStringLiteral("%1 pages").arg(pages);
 }
 
-// The program's Print stops without a word when there is nothing to chart or
-// no table; here the user learns why.
-void prepare(const ReportInfo& info, const QString& reportName, bool siUnits, PreparedReport& report)
+void writePdf(PreparedReport& report, const QString& fileName)
 {
-    if (!PrepareReport(info, siUnits, report))
+    const qint32 pages = WritePdf(report, fileName);
+    PrintLine(stdout, QStringLiteral("QC report written to %1 (%2)")
+                          .arg(QDir::toNativeSeparators(QFileInfo(fileName).absoluteFilePath()), pageCountText(pages)));
+}
+
+// The outputs of one report, in the order PDF or PNG pages, then CSV.
+int writeReport(const RenderOptions& options, PreparedReport& report)
+{
+    if (!options.pdfFile.isEmpty())
+        writePdf(report, options.pdfFile);
+    if (!options.pngFolder.isEmpty())
     {
-        if (report.Graphs.empty())
-            refuse(QStringLiteral("the QC report \"%1\" has no variable shown in the graph, and a report without "
-                                  "charts is not printed")
-                       .arg(reportName));
-        refuse(QStringLiteral("the table of the QC report \"%1\" could not be read").arg(reportName));
+        const qint32 pages = WritePngPages(report, options.pngFolder);
+        PrintLine(stdout, QStringLiteral("QC report written to %1 (page-001.png to page-%2.png)")
+                              .arg(QDir::toNativeSeparators(QDir(options.pngFolder).absolutePath()))
+                              .arg(pages, 3, 10, QLatin1Char('0')));
     }
-    if (report.Table.Data->RecordCount() == 0)
-        refuse(QStringLiteral("%1 has no %2 visits %3")
-                   .arg(info.PatientID, RenderOptions::tabName(info.TestTab), periodText(info)));
+    if (!options.csvFile.isEmpty())
+    {
+        const qint32 visits = WriteTableCsv(report, options.csvFile);
+        PrintLine(stdout, QStringLiteral("QC table data written to %1 (%2)")
+                              .arg(QDir::toNativeSeparators(QFileInfo(options.csvFile).absoluteFilePath()),
+                                   visits == 1 ? QStringLiteral("1 visit") : QStringLiteral("%1 visits").arg(visits)));
+    }
+    return RunStatus::Done;
+}
+
+int renderOne(const RenderOptions& options, bool siUnits)
+{
+    const ReportInfo info = BuildRenderRequest(options, siUnits);
+    PreparedReport report;
+    if (!PrepareRenderedReport(info, options.report, siUnits, report))
+        refuse(NoVisitsText(info));
+    return writeReport(options, report);
+}
+
+// The folder of --all's files, made when it is missing.
+void makeOutFolder(const QString& folder)
+{
+    if (!QDir().mkpath(folder))
+        refuse(QStringLiteral("cannot make the folder %1").arg(folder));
+    if (!QFileInfo(folder).isWritable())
+        refuse(QStringLiteral("cannot write in the folder %1").arg(folder));
+}
+
+int renderAll(const RenderOptions& options, bool siUnits)
+{
+    // Checked before the first report, so that a folder no report can be
+    // written to is said once, not for every report.
+    makeOutFolder(options.outFolder);
+    OutFolderNames names(options.outFolder);
+    RenderBatch batch(options, siUnits);
+    return batch.run([&names](const SavedDefinition& definition, PreparedReport& report) {
+        writePdf(report, names.filePath(report.Info, definition.name));
+        return RunStatus::Done;
+    });
 }
 
 int render(const QStringList& arguments)
@@ -87,12 +125,12 @@ int render(const QStringList& arguments)
     if (options.helpRequested)
     {
         QTextStream(stdout) << RenderOptions::help() << Qt::flush;
-        return kExitWritten;
+        return RunStatus::Done;
     }
     if (options.versionRequested)
     {
         QTextStream(stdout) << VersionLine(QStringLiteral("calvex-qc-render")) << Qt::flush;
-        return kExitWritten;
+        return RunStatus::Done;
     }
     if (options.today.isValid())
         Clock::pin(QDateTime(options.today, QTime(12, 0)));
@@ -102,25 +140,7 @@ int render(const QStringList& arguments)
     SuiteSetup::createMissingDemo(SuiteSettings::fromRegistry());
     RegisterSuiteComponents();
     const bool siUnits = options.siUnits || ReadSIUnitSetting();
-    const ReportInfo info = BuildRenderRequest(options, siUnits);
-    PreparedReport report;
-    prepare(info, options.report, siUnits, report);
-
-    if (options.pngFolder.isEmpty())
-    {
-        const qint32 pages = WritePdf(report, options.pdfFile);
-        printLine(stdout, QStringLiteral("QC report written to %1 (%2)")
-                              .arg(QDir::toNativeSeparators(QFileInfo(options.pdfFile).absoluteFilePath()),
-                                   pages == 1 ? QStringLiteral("1 page") : QStringLiteral("%1 pages").arg(pages)));
-    }
-    else
-    {
-        const qint32 pages = WritePngPages(report, options.pngFolder);
-        printLine(stdout, QStringLiteral("QC report written to %1 (page-001.png to page-%2.png)")
-                              .arg(QDir::toNativeSeparators(QDir(options.pngFolder).absolutePath()))
-                              .arg(pages, 3, 10, QLatin1Char('0')));
-    }
-    return kExitWritten;
+    return options.allReports ? renderAll(options, siUnits) : renderOne(options, siUnits);
 }
 } // namespace
 
@@ -134,28 +154,31 @@ int main(int argc, char** argv)
     QGuiApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("calvex-qc-render"));
 
-    int status = kExitWritten;
+    int status = RunStatus::Done;
     try
     {
         status = render(QCoreApplication::arguments().mid(1));
     }
     catch (const RenderFailure& failure)
     {
-        printLine(stderr, QStringLiteral("calvex-qc-render: ") + failure.message);
+        PrintFailure(failure.message);
         if (failure.badCommandLine)
-            printLine(stderr, RenderOptions::usage());
-        status = failure.badCommandLine ? kExitBadCommandLine : kExitFailed;
+        {
+            for (const QString& line : RenderOptions::usage().split(QLatin1Char('\n')))
+                PrintLine(stderr, line);
+        }
+        status = failure.badCommandLine ? RunStatus::BadCommandLine : RunStatus::Failed;
     }
     catch (const RuntimeError& error)
     {
-        printLine(stderr, QStringLiteral("calvex-qc-render: ") + error.description());
-        status = kExitFailed;
+        PrintFailure(error.description());
+        status = RunStatus::Failed;
     }
     catch (const std::exception& error)
     {
         // Out of memory and the like: still one line and a run-time failure.
-        printLine(stderr, QStringLiteral("calvex-qc-render: ") + QString::fromLocal8Bit(error.what()));
-        status = kExitFailed;
+        PrintFailure(QString::fromLocal8Bit(error.what()));
+        status = RunStatus::Failed;
     }
     SuiteDatabase::closeAllConnections();
     return status;
