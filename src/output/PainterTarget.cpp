@@ -219,3 +219,14 @@ void PainterTarget::Circle(double x, double y, double radius, const QColor& colo
     shapesAround(QPointF(toDevice(x), toDevice(y)), penFor(color)).addEllipse(QPointF(0, 0), r, r);
     m_deferred.shapeAdded();
 }
+
+void PainterTarget::resetState()
+{
+    SetFont(defaultTypeface());
+    SetFontSize(10);
+    SetFontBold(false);
+    SetForeColor(QColor(0, 0, 0));
+    SetDrawWidth(1);
+    SetDrawStyle(0);
+    homePosition();
+}

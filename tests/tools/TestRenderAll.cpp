@@ -182,6 +182,10 @@ private slots:
             QVERIFY(pages.size() >= 2);
             QCOMPARE(pages, RenderFixture::pdfPages(single));
             QVERIFY(pages.first().contains(QStringLiteral("Carl R Control")));
+            // Drawn after other reports on the run's one PDF target, each
+            // page is the single report's page, pixel for pixel.
+            for (int page = 1; page <= pages.size(); ++page)
+                QCOMPARE(RenderFixture::rasterPage(batchFile, page, 50), RenderFixture::rasterPage(single, page, 50));
         }
     }
 

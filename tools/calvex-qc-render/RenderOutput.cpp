@@ -33,10 +33,16 @@ const QPageSize kPaper(QPageSize::Letter);
 
 qint32 WritePdf(PreparedReport& report, const QString& fileName)
 {
+    const std::unique_ptr<PdfFileTarget> target = NewPdfTarget();
+    return WritePdf(report, *target, fileName);
+}
+
+qint32 WritePdf(PreparedReport& report, PdfFileTarget& target, const QString& fileName)
+{
     // The pages of the program's PDF printer, written without the print
     // system: a scheduled run starts faster and in less memory. The file is
     // written at EndDoc, whole or not at all.
-    PdfFileTarget target(fileName, kPaper, QPageLayout::Portrait);
+    target.startDocument(fileName);
     try
     {
         PrintPreparedReport(target, report);
@@ -46,6 +52,11 @@ qint32 WritePdf(PreparedReport& report, const QString& fileName)
         refuseFile(error);
     }
     return ReportPageCount(report);
+}
+
+std::unique_ptr<PdfFileTarget> NewPdfTarget()
+{
+    return std::make_unique<PdfFileTarget>(QString(), kPaper, QPageLayout::Portrait);
 }
 
 qint32 WritePngPages(PreparedReport& report, const QString& folder)

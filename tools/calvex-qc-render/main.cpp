@@ -16,6 +16,7 @@
 #include "RenderPreparation.h"
 #include "RenderRequest.h"
 #include "RunStatus.h"
+#include "output/PdfFileTarget.h"
 #include "platform/Clock.h"
 #include "platform/ProgramVersion.h"
 #include "platform/RuntimeError.h"
@@ -59,9 +60,8 @@ QString pageCountText(qint32 pages)
     return pages == 1 ? QStringLiteral("1 page") : QStringLiteral("%1 pages").arg(pages);
 }
 
-void writePdf(PreparedReport& report, const QString& fileName)
+void printWritten(const QString& fileName, qint32 pages)
 {
-    const qint32 pages = WritePdf(report, fileName);
     PrintLine(stdout, QStringLiteral("QC report written to %1 (%2)")
                           .arg(QDir::toNativeSeparators(QFileInfo(fileName).absoluteFilePath()), pageCountText(pages)));
 }
@@ -70,7 +70,7 @@ void writePdf(PreparedReport& report, const QString& fileName)
 int writeReport(const RenderOptions& options, PreparedReport& report)
 {
     if (!options.pdfFile.isEmpty())
-        writePdf(report, options.pdfFile);
+        printWritten(options.pdfFile, WritePdf(report, options.pdfFile));
     if (!options.pngFolder.isEmpty())
     {
         const qint32 pages = WritePngPages(report, options.pngFolder);
@@ -112,9 +112,12 @@ int renderAll(const RenderOptions& options, bool siUnits)
     // written to is said once, not for every report.
     makeOutFolder(options.outFolder);
     OutFolderNames names(options.outFolder);
+    // One target for the night: each font is set up once for every report.
+    const std::unique_ptr<PdfFileTarget> pdf = NewPdfTarget();
     RenderBatch batch(options, siUnits);
-    return batch.run([&names](const SavedDefinition& definition, PreparedReport& report) {
-        writePdf(report, names.filePath(report.Info, definition.name));
+    return batch.run([&names, &pdf](const SavedDefinition& definition, PreparedReport& report) {
+        const QString fileName = names.filePath(report.Info, definition.name);
+        printWritten(fileName, WritePdf(report, *pdf, fileName));
         return RunStatus::Done;
     });
 }
