@@ -155,16 +155,17 @@ def write_results(path, data, sizes, command_line, load_before, load_after):
     add("")
     add("All runs (wall s): " + "; ".join(
         f"{r['tool']}@{r['n'] or '-'}: " + ", ".join(f"{x['wall_s']:.2f}" for x in r["runs"]) for r in rows) + ".")
-    # Sections other benchmarks keep in the same file stay: the import
-    # benchmark's (between its markers) and the lab-scale benchmark's (from
-    # its heading to the end).
+    # Sections other benchmarks keep in the same file stay: the import and
+    # the batch benchmarks' (each between its markers) and the lab-scale
+    # benchmark's (from its heading to the end).
     kept = ""
     if os.path.exists(path):
         with open(path) as f:
             old = f.read()
-        begin, end = "<!-- import benchmark: begin -->", "<!-- import benchmark: end -->"
-        if begin in old and end in old:
-            kept += "\n" + old[old.index(begin):old.index(end) + len(end)] + "\n"
+        for name in ("import", "batch"):
+            begin, end = f"<!-- {name} benchmark: begin -->", f"<!-- {name} benchmark: end -->"
+            if begin in old and end in old:
+                kept += "\n" + old[old.index(begin):old.index(end) + len(end)] + "\n"
         if LAB_SECTION in old:
             kept += "\n" + old[old.index(LAB_SECTION):]
     with open(path, "w") as f:

@@ -232,3 +232,14 @@ void PainterTarget::Disc(double x, double y, double radius, const QColor& color)
     painter.drawEllipse(QPointF(0, 0), r, r);
     painter.setBrush(Qt::NoBrush);
 }
+
+void PainterTarget::resetState()
+{
+    SetFont(defaultTypeface());
+    SetFontSize(10);
+    SetFontBold(false);
+    SetForeColor(QColor(0, 0, 0));
+    SetDrawWidth(1);
+    SetDrawStyle(0);
+    homePosition();
+}

@@ -64,6 +64,11 @@ public:
     // Texts, characters and pairs of characters laid out so far to be measured.
     qsizetype layoutCount() const { return m_shaper.layoutCount(); }
 
+    // Back to the state of a new target (TargetState): the default typeface
+    // at 10 points, regular, a black solid pen one unit wide, at the origin.
+    // The fonts set up and the texts shaped so far stay.
+    void resetState();
+
 protected:
     PainterTarget()
         : TargetState(defaultTypeface())

@@ -73,3 +73,15 @@ void PdfFileTarget::EndDoc()
     file.add(m_fileName, std::move(document));
     file.write();
 }
+
+void PdfFileTarget::startDocument(const QString& fileName)
+{
+    if (isPainting())
+    {
+        endPainting();
+        m_document.close();
+        m_document.setData(QByteArray());
+    }
+    m_fileName = fileName;
+    resetState();
+}

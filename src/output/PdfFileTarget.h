@@ -40,6 +40,17 @@ public:
     // A file is no printer.
     QString DeviceName() const override { return QString(); }
 
+    // The file the next EndDoc writes.
+    QString fileName() const { return m_fileName; }
+
+    // Starts the next document of a run of many on this one target, each
+    // with its own file: the fonts are set up and the texts shaped once for
+    // all of them. The target takes the state of a new one (font, pen,
+    // position), so that each document is drawn as on a target of its own;
+    // a document left unfinished (a drawing that failed halfway) is dropped
+    // unwritten.
+    void startDocument(const QString& fileName);
+
 protected:
     QPaintDevice* paintDevice() override { return &m_writer; }
     void aboutToPaint() override;

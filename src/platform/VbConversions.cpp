@@ -361,6 +361,15 @@ QString FormatNumber(double value, int decimals)
     return locale.toString(rounded, 'f', decimals);
 }
 
+QString FormatPlainNumber(double value, int decimals)
+{
+    decimals = std::max(decimals, 0);
+    double rounded = roundDecimal(value, decimals, Tie::AwayFromZero);
+    if (rounded == 0)
+        rounded = 0; // no "-0.00"
+    return QLocale::c().toString(rounded, 'f', decimals);
+}
+
 QString GeneralNumberText(double value)
 {
     return generalText(value, 15);

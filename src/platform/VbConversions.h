@@ -67,6 +67,12 @@ double ToDouble(const QVariant& value);
 // 2.675 -> "2.68" at two places. A result of zero has no minus sign.
 QString FormatNumber(double value, int decimals);
 
+// The number as FormatNumber rounds it (the given decimals, halves away from
+// zero, no minus sign on zero), written for other programs rather than for
+// people: a point, a "-" and no digit grouping, whatever the locale:
+// 1234.5 -> "1234.50", -0.5 -> "-0.50" at two places.
+QString FormatPlainNumber(double value, int decimals);
+
 // The general text of a number: the shortest form with up to 15 significant
 // digits, as a classic BASIC prints a double: 0.1 + 0.2 -> "0.3",
 // 1e-7 -> "1E-07", 123456789012345678 -> "1.23456789012346E+17". The exponent

@@ -1,5 +1,6 @@
 #include "run/PrintJob.h"
 
+#include "components/modReportRequest.h"
 #include "output/PdfFileTarget.h"
 #include "output/PrinterTarget.h"
 #include "output/modPrintReport.h"
@@ -11,7 +12,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <QStringList>
 
 namespace
 {
@@ -20,20 +20,6 @@ constexpr qint16 SavedToText = 4127;
 constexpr qint16 PdfFilterText = 4128;
 constexpr qint16 NotSavedText = 4129;
 constexpr qint16 MsgTitleText = 4052;
-constexpr qint16 DefaultNameText = 4087; // "QC Report", when a request names nothing
-
-// A part of a file name: characters no file system takes become "-", blanks
-// around it go.
-QString FileNamePart(const QString& text)
-{
-    QString part = text.trimmed();
-    for (QChar& c : part)
-    {
-        if (c.unicode() < 0x20 || QStringLiteral("/\\:*?\"<>|").contains(c))
-            c = QLatin1Char('-');
-    }
-    return part;
-}
 } // namespace
 
 PrintJob::PrintJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName)
@@ -110,35 +96,12 @@ bool PrintJob::IsPdfPrinter(const OutputTarget& target)
     return printer && printer->DeviceName() == PrinterTarget::pdfPrinterName();
 }
 
-QString PrintJob::ProposedFileName(const ReportInfo& info, const QString& definitionName)
-{
-    const QString subject = FileNamePart(info.PatientID + QLatin1Char(' ') + info.PatientName);
-    const QString from = FileNamePart(info.FromDate);
-    const QString to = FileNamePart(info.ToDate);
-    QString period;
-    if (!from.isEmpty() && !to.isEmpty())
-        period = from + QStringLiteral(" to ") + to;
-    else if (!to.isEmpty())
-        period = QStringLiteral("up to ") + to;
-    else
-        period = from;
-
-    QStringList parts;
-    for (const QString& part : {subject, period, FileNamePart(definitionName)})
-    {
-        if (!part.isEmpty())
-            parts.append(part);
-    }
-    const QString name = parts.isEmpty() ? GetResourceText(DefaultNameText) : parts.join(QStringLiteral(", "));
-    return name + QStringLiteral(".pdf");
-}
-
 QString PrintJob::ProposedFilePath(const ReportInfo& info, const QString& definitionName)
 {
     QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     if (folder.isEmpty() || !QDir(folder).exists())
         folder = QDir::homePath();
-    return QDir(folder).filePath(ProposedFileName(info, definitionName));
+    return QDir(folder).filePath(ProposedReportFileName(info, definitionName));
 }
 
 bool PrintReportJob(OutputTarget& target, const ReportInfo& info, const QString& definitionName, bool siUnits,

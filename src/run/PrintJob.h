@@ -28,7 +28,7 @@ class PrinterTarget;
 //   job.print([&](OutputTarget& pages) { PrintPreparedReport(pages, report); });
 //
 // The save dialog goes through FileDialogService (tests answer it), with
-// caption 4126 and filter 4128; it proposes ProposedFileName() in the user's
+// caption 4126 and filter 4128; it proposes ProposedReportFileName() in the user's
 // documents folder. The file is written whole or not at all: the pages go to
 // a PDF file target of the printer's paper, orientation and resolution
 // (PdfFileTarget), not through the printer, whose PDF output reports no
@@ -72,17 +72,9 @@ public:
     // whose output format is PDF.
     static bool IsPdfPrinter(const OutputTarget& target);
 
-    // The file name proposed for a report: the subject (its ID and name),
-    // the period and the definition, joined by ", ", with ".pdf":
-    //   "QC001 Adam Q Control, 01-01-2024 to 06-30-2024, Spirometry.pdf"
-    //   "QC001 Adam Q Control, up to 06-30-2024, Spirometry.pdf" (open start)
-    // Dates take "-" for "/", and every character a file name cannot hold
-    // (/ \ : * ? " < > | and control characters) becomes "-"; empty parts
-    // are left out.
-    static QString ProposedFileName(const ReportInfo& info, const QString& definitionName);
-
-    // ProposedFileName() in the user's documents folder (the home folder when
-    // the system names none or it does not exist).
+    // ProposedReportFileName() (components/modReportRequest) in the user's
+    // documents folder (the home folder when the system names none or it
+    // does not exist).
     static QString ProposedFilePath(const ReportInfo& info, const QString& definitionName);
 
 private:

@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QPrinter>
 #include <QRegularExpression>
@@ -269,6 +270,76 @@ private slots:
         const QString file = dir.filePath(QStringLiteral("again.pdf"));
         PdfFileTarget target(file, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
         CheckDrawingAfterEndDocStartsAnew(target, file);
+    }
+
+    void eachDocumentOfOneTargetIsDrawnAsOnATargetOfItsOwn()
+    {
+        // A run of many reports draws them on one target: the second
+        // document's pages are those of a new target, whatever state the
+        // first one left (font, pen, position).
+        QTemporaryDir dir;
+        const QString first = dir.filePath(QStringLiteral("first.pdf"));
+        const QString second = dir.filePath(QStringLiteral("second.pdf"));
+        const QString alone = dir.filePath(QStringLiteral("alone.pdf"));
+        // What relies on a new target's state: the default font, pen and position.
+        const auto defaults = [](OutputTarget& target) {
+            target.Print(QStringLiteral("At the origin, in the default font"));
+            target.Line(1440, 1440, 7200, 2880);
+            target.Circle(4000, 4000, 300);
+            target.SetCurrentX(1440);
+            target.SetCurrentY(5000);
+            target.Print(QString::number(target.TextWidth(QStringLiteral("1234.56"))));
+            target.EndDoc();
+        };
+
+        PdfFileTarget shared(QString(), QPageSize(QPageSize::Letter), QPageLayout::Portrait);
+        shared.startDocument(first);
+        shared.SetFontBold(true);
+        shared.SetFontSize(14);
+        shared.SetDrawWidth(6);
+        shared.SetDrawStyle(2);
+        shared.SetForeColor(QColor(200, 0, 0));
+        DrawTwoPages(shared);
+        shared.SetFontSize(20);
+        shared.SetCurrentX(5000);
+        shared.SetCurrentY(9000);
+        QCOMPARE(shared.fileName(), first);
+        shared.startDocument(second);
+        QCOMPARE(shared.fileName(), second);
+        defaults(shared);
+
+        PdfFileTarget own(alone, QPageSize(QPageSize::Letter), QPageLayout::Portrait);
+        defaults(own);
+
+        QTemporaryDir pagesOfSecond;
+        QTemporaryDir pagesAlone;
+        const QList<QImage> secondPages = RenderPages(second, pagesOfSecond.path());
+        QCOMPARE(secondPages.size(), 1);
+        QCOMPARE(secondPages, RenderPages(alone, pagesAlone.path()));
+        QCOMPARE(RunPdfTool(QStringLiteral("pdftotext"), {second, QStringLiteral("-")}),
+                 RunPdfTool(QStringLiteral("pdftotext"), {alone, QStringLiteral("-")}));
+        QCOMPARE(RenderPages(first, dir.filePath(QStringLiteral("."))).size(), 2);
+    }
+
+    void aDocumentLeftUnfinishedIsNotWritten()
+    {
+        QTemporaryDir dir;
+        const QString broken = dir.filePath(QStringLiteral("broken.pdf"));
+        const QString next = dir.filePath(QStringLiteral("next.pdf"));
+        PdfFileTarget target(QString(), QPageSize(QPageSize::Letter), QPageLayout::Portrait);
+        target.startDocument(broken);
+        target.Print(QStringLiteral("half a report"));
+        target.NewPage();
+        target.startDocument(next);
+        target.Print(QStringLiteral("the next report"));
+        target.EndDoc();
+        QVERIFY(!QFileInfo::exists(broken));
+        const QString text = RunPdfTool(QStringLiteral("pdftotext"), {next, QStringLiteral("-")});
+        QVERIFY2(text.contains(QStringLiteral("the next report")), qPrintable(text));
+        QVERIFY(!text.contains(QStringLiteral("half a report")));
+        QCOMPARE(RunPdfTool(QStringLiteral("pdfinfo"), {next})
+                     .contains(QRegularExpression(QStringLiteral("Pages:\\s+1\\n"))),
+                 true);
     }
 
     void theFileIsWrittenAtEndDocOnly()

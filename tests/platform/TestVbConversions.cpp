@@ -366,6 +366,50 @@ private slots:
         QCOMPARE(FormatNumber(value, decimals), text);
     }
 
+    void formatPlainNumber_data()
+    {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<int>("decimals");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("no grouping") << 1234.5 << 2 << QStringLiteral("1234.50");
+        QTest::newRow("millions") << 1234567.891 << 1 << QStringLiteral("1234567.9");
+        QTest::newRow("negative with leading zero") << -0.5 << 2 << QStringLiteral("-0.50");
+        QTest::newRow("half away from zero") << 2.5 << 0 << QStringLiteral("3");
+        QTest::newRow("-2.5") << -2.5 << 0 << QStringLiteral("-3");
+        QTest::newRow("written tie") << 2.675 << 2 << QStringLiteral("2.68");
+        QTest::newRow("binary tie") << 0.125 << 2 << QStringLiteral("0.13");
+        QTest::newRow("carry") << 999.995 << 2 << QStringLiteral("1000.00");
+        QTest::newRow("zero") << 0.0 << 2 << QStringLiteral("0.00");
+        QTest::newRow("negative rounding to zero") << -0.004 << 2 << QStringLiteral("0.00");
+        QTest::newRow("negative decimals count as none") << 12.3 << -1 << QStringLiteral("12");
+    }
+
+    void formatPlainNumber()
+    {
+        QFETCH(double, value);
+        QFETCH(int, decimals);
+        QFETCH(QString, text);
+        QCOMPARE(FormatPlainNumber(value, decimals), text);
+        // The same text in a locale of a comma for a point and a point for groups.
+        LocaleScope german(QLocale(QLocale::German, QLocale::Germany));
+        QCOMPARE(FormatPlainNumber(value, decimals), text);
+    }
+
+    void formatPlainNumberIsFormatNumberWithoutTheLocale()
+    {
+        // The digits FormatNumber prints in en_US, less its group separators.
+        quint32 seed = 11;
+        for (int i = 0; i < 3000; ++i)
+        {
+            seed = seed * 1103515245 + 12345;
+            const int decimals = int(seed >> 16) % 7;
+            seed = seed * 1103515245 + 12345;
+            const qint64 scaled = qint64(seed >> 4) % 200000001 - 100000000;
+            const double value = double(scaled) / std::pow(10.0, decimals + 1);
+            QCOMPARE(FormatPlainNumber(value, decimals), FormatNumber(value, decimals).remove(QLatin1Char(',')));
+        }
+    }
+
     void formatNumberUsesTheLocaleAndAlwaysGroups()
     {
         {

@@ -2,6 +2,7 @@
 #include "common/ScopedRegistryFile.h"
 #include "common/ScopedTmpfs.h"
 #include "common/TestMain.h"
+#include "components/modReportRequest.h"
 
 #include "output/modPrintGlobals.h"
 #include "output/modPrintReport.h"
@@ -206,7 +207,7 @@ private slots:
         QFETCH(QString, name);
         ReportInfo info = SpirometryRequest(from);
         info.ToDate = to;
-        QCOMPARE(PrintJob::ProposedFileName(info, definition), name);
+        QCOMPARE(ProposedReportFileName(info, definition), name);
         QCOMPARE(PrintJob::ProposedFilePath(info, definition), QDir(m_documents).filePath(name));
     }
 

@@ -13,9 +13,11 @@
 
 namespace
 {
-const QString kUsage = QStringLiteral("Usage: calvex-qc-render --tab PF|GX --report NAME --subject ID "
-                                      "[--from MM/DD/YYYY] --to MM/DD/YYYY [--si] [--rules LIST] (--out FILE.pdf | "
-                                      "--png-dir DIR | --check [--json] [--out FILE.pdf | --png-dir DIR])");
+const QString kUsage =
+    QStringLiteral("Usage: calvex-qc-render --tab PF|GX --report NAME --subject ID [--from MM/DD/YYYY] --to MM/DD/YYYY "
+                   "[--si] [--rules LIST] [--out FILE.pdf | --png-dir DIR] [--csv FILE.csv] [--check [--json]]\n"
+                   "   or: calvex-qc-render --all (--subjects ID,ID,... | --subjects-file FILE) [--from MM/DD/YYYY] "
+                   "--to MM/DD/YYYY [--si] [--rules LIST] [--out-dir DIR] [--check [--json]]");
 
 // A request that renders: Spirometry of QC001 in the first half of 2024.
 QStringList Valid()
@@ -112,9 +114,15 @@ private slots:
                                       << QStringLiteral("Missing value after '--tab'.");
         QTest::newRow("other tab") << With(QStringLiteral("--tab"), QStringLiteral("XX"), valid)
                                    << QStringLiteral("--tab must be PF or GX, not \"XX\"");
-        QTest::newRow("no output") << Valid() << QStringLiteral("give either --out FILE.pdf or --png-dir DIR");
+        QTest::newRow("no output") << Valid() << QStringLiteral("give --out FILE.pdf, --png-dir DIR or --csv FILE.csv");
         QTest::newRow("two outputs") << With(QStringLiteral("--png-dir"), QStringLiteral("%DIR%/pages"), valid)
-                                     << QStringLiteral("give either --out FILE.pdf or --png-dir DIR");
+                                     << QStringLiteral("give either --out FILE.pdf or --png-dir DIR, not both");
+        QTest::newRow("empty csv") << With(QStringLiteral("--csv"), QStringLiteral(""))
+                                   << QStringLiteral("--csv needs a path");
+        QTest::newRow("out-dir without all") << With(QStringLiteral("--out-dir"), QStringLiteral("%DIR%/all"), valid)
+                                             << QStringLiteral("--out-dir needs --all");
+        QTest::newRow("subjects without all") << With(QStringLiteral("--subjects"), QStringLiteral("QC001"), valid)
+                                              << QStringLiteral("--subjects needs --all");
         QTest::newRow("empty out") << With(QStringLiteral("--out"), QStringLiteral(""), valid)
                                    << QStringLiteral("--out needs a path");
         QTest::newRow("empty png-dir") << With(QStringLiteral("--png-dir"), QStringLiteral(""))
@@ -257,9 +265,11 @@ private slots:
             QCOMPARE(result.exitCode, 0);
             QVERIFY2(result.out.startsWith(kUsage + QStringLiteral("\n\nOptions:\n")), qPrintable(result.out));
             QVERIFY2(result.out.endsWith(statuses), qPrintable(result.out));
-            for (const char* name : {"--tab PF|GX ", "--report NAME ", "--subject ID ", "--from MM/DD/YYYY ",
-                                     "--to MM/DD/YYYY ", "--si ", "--out FILE.pdf ", "--png-dir DIR ", "--rules LIST ",
-                                     "--check ", "--json ", "-h, --help ", "--version "})
+            for (const char* name :
+                 {"--tab PF|GX ", "--report NAME ", "--subject ID ", "--from MM/DD/YYYY ", "--to MM/DD/YYYY ", "--si ",
+                  "--out FILE.pdf ", "--png-dir DIR ", "--csv FILE.csv ", "--rules LIST ", "--check ", "--json ",
+                  "--all ", "--subjects ID,ID,... ", "--subjects-file FILE ", "--out-dir DIR ", "-h, --help ",
+                  "--version "})
                 QVERIFY2(result.out.contains(QStringLiteral("\n  ") + QLatin1String(name)), name);
             QCOMPARE(result.err, QString());
         }

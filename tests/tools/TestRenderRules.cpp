@@ -254,6 +254,90 @@ private slots:
         QVERIFY(failed.err.startsWith(QStringLiteral("calvex-qc-render: cannot write ")));
     }
 
+    // --all --check: every saved definition for each subject listed, checked
+    // in one run, gives the lines the reports checked one by one give; files
+    // only with --out-dir, and stdout still holds the check alone.
+    void checkOfAllReportsIsTheChecksOfEachReport()
+    {
+        const QStringList subjects{QStringLiteral("QC001"), QStringLiteral("QC002")};
+        const QString from = QStringLiteral("01/01/2024");
+        const QString to = QStringLiteral("12/31/2024");
+        QStringList oneByOne;
+        int worst = 0;
+        const RecordsetPtr saved = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId)->ListReports();
+        for (const QString& subject : subjects)
+        {
+            for (saved->MoveFirst(); !saved->IsEOF(); saved->MoveNext())
+            {
+                const QString tab = saved->Value(QStringLiteral("QCReportType")).toInt() == 0 ? QStringLiteral("PF")
+                                                                                              : QStringLiteral("GX");
+                const RenderFixture::Result one = m_fixture->render(
+                    Arguments(tab, saved->Value(QStringLiteral("QCReportName")).toString(), subject, from, to)
+                    << QStringLiteral("--rules") << kAllRules << QStringLiteral("--check"));
+                // A report without visits is a failure alone, a line in a batch.
+                if (one.exitCode == 1 && one.err.contains(QStringLiteral(" visits ")))
+                    continue;
+                QVERIFY2(one.exitCode == 0 || one.exitCode == 3, qPrintable(one.err));
+                worst = qMax(worst, one.exitCode);
+                oneByOne.append(one.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts));
+            }
+        }
+        QVERIFY(!oneByOne.isEmpty());
+        QCOMPARE(worst, 3);
+
+        const QStringList all{QStringLiteral("--all"),
+                              QStringLiteral("--subjects"),
+                              subjects.join(u','),
+                              QStringLiteral("--from"),
+                              from,
+                              QStringLiteral("--to"),
+                              to,
+                              QStringLiteral("--today"),
+                              kToday,
+                              QStringLiteral("--rules"),
+                              kAllRules,
+                              QStringLiteral("--check")};
+        const QStringList filesBefore =
+            QDir(path(QString())).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
+        const RenderFixture::Result batch = m_fixture->render(all);
+        QCOMPARE(batch.exitCode, 3);
+        QStringList lines = batch.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        // The subjects in the list's order.
+        QVERIFY(!lines.isEmpty() && lines.first().startsWith(QStringLiteral("QC001\t")));
+        QVERIFY(lines.last().startsWith(QStringLiteral("QC002\t")));
+        std::sort(lines.begin(), lines.end());
+        std::sort(oneByOne.begin(), oneByOne.end());
+        QCOMPARE(lines, oneByOne);
+        // Reports skipped for want of visits are said on stderr, nothing else.
+        for (const QString& line : batch.err.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+            QVERIFY2(line.contains(QStringLiteral(" visits from 01/01/2024 to 12/31/2024: skipped ")),
+                     qPrintable(line));
+        QCOMPARE(QDir(path(QString())).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot), filesBefore);
+
+        // With --out-dir the reports are written too; stdout is the same.
+        const QString folder = path(QStringLiteral("checked-night"));
+        const RenderFixture::Result written =
+            m_fixture->render(QStringList(all) << QStringLiteral("--out-dir") << folder);
+        QCOMPARE(written.exitCode, 3);
+        QCOMPARE(written.out, batch.out);
+        QVERIFY(!QDir(folder).entryList({QStringLiteral("QC002 *, DLCO.pdf")}, QDir::Files).isEmpty());
+
+        // --json: one document, one entry per report checked.
+        const RenderFixture::Result json = m_fixture->render(QStringList(all) << QStringLiteral("--json"));
+        QCOMPARE(json.exitCode, 3);
+        QJsonParseError error;
+        const QJsonArray reports =
+            QJsonDocument::fromJson(json.out.toUtf8(), &error).object().value(QStringLiteral("reports")).toArray();
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        qsizetype violations = 0;
+        for (const QJsonValue& report : reports)
+        {
+            for (const QJsonValue& variable : report.toObject().value(QStringLiteral("variables")).toArray())
+                violations += variable.toObject().value(QStringLiteral("violations")).toArray().size();
+        }
+        QCOMPARE(violations, oneByOne.size());
+    }
+
     void jsonIsOneDocumentWithTheFiguresAndTheViolations()
     {
         const RenderFixture::Result result =

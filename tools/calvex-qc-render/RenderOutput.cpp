@@ -3,6 +3,7 @@
 #include "RenderFailure.h"
 #include "output/PdfFileTarget.h"
 #include "output/PictureTarget.h"
+#include "output/TableCsv.h"
 #include "output/modPrintReport.h"
 #include "platform/FileWriteError.h"
 #include "platform/WholeFileWriter.h"
@@ -32,10 +33,16 @@ const QPageSize kPaper(QPageSize::Letter);
 
 qint32 WritePdf(PreparedReport& report, const QString& fileName)
 {
+    const std::unique_ptr<PdfFileTarget> target = NewPdfTarget();
+    return WritePdf(report, *target, fileName);
+}
+
+qint32 WritePdf(PreparedReport& report, PdfFileTarget& target, const QString& fileName)
+{
     // The pages of the program's PDF printer, written without the print
     // system: a scheduled run starts faster and in less memory. The file is
     // written at EndDoc, whole or not at all.
-    PdfFileTarget target(fileName, kPaper, QPageLayout::Portrait);
+    target.startDocument(fileName);
     try
     {
         PrintPreparedReport(target, report);
@@ -45,6 +52,11 @@ qint32 WritePdf(PreparedReport& report, const QString& fileName)
         refuseFile(error);
     }
     return ReportPageCount(report);
+}
+
+std::unique_ptr<PdfFileTarget> NewPdfTarget()
+{
+    return std::make_unique<PdfFileTarget>(QString(), kPaper, QPageLayout::Portrait);
 }
 
 qint32 WritePngPages(PreparedReport& report, const QString& folder)
@@ -79,4 +91,21 @@ qint32 WritePngPages(PreparedReport& report, const QString& folder)
         refuseFile(error);
     }
     return pages;
+}
+
+qint32 WriteTableCsv(const PreparedReport& report, const QString& fileName)
+{
+    if (!report.Table.Data)
+        refuse(QStringLiteral("the report has no table to write to %1").arg(fileName));
+    WholeFileWriter file;
+    file.add(fileName, TableCsv(report.Table));
+    try
+    {
+        file.write();
+    }
+    catch (const FileWriteError& error)
+    {
+        refuseFile(error);
+    }
+    return report.Table.Data->RecordCount();
 }

@@ -9,6 +9,9 @@
 #include "platform/VbConversions.h"
 #include "platform/modResource.h"
 
+#include <algorithm>
+#include <memory>
+
 namespace
 {
 // The most variables a report shows in its graph and in its table.
@@ -25,45 +28,9 @@ QString cellText(const Recordset& rs, const QString& field)
     return TextOf(rs.Value(field)).trimmed();
 }
 
-qint32 findDefinition(QCReportStore& store, qint16 tab, const QString& name)
+[[noreturn]] void refuseUnknownDefinition(const QString& name, qint16 tab)
 {
-    const RecordsetPtr reports = store.ListReports();
-    if (reports)
-    {
-        for (; !reports->IsEOF(); reports->MoveNext())
-        {
-            if (WholeNumberOfZeroPrefixed(reports->Value(QStringLiteral("QCReportType"))) == tab &&
-                cellText(*reports, QStringLiteral("QCReportName")).compare(name, Qt::CaseInsensitive) == 0)
-                return ToWholeNumber(reports->Value(QStringLiteral("QCReportID")));
-        }
-    }
     refuse(QStringLiteral("there is no QC report \"%1\" on the %2 tab").arg(name, RenderOptions::tabName(tab)));
-}
-
-void loadVariables(const RenderOptions& options, bool siUnits, ReportInfo& info)
-{
-    const std::unique_ptr<QCReportStore> store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
-    const qint32 reportId = findDefinition(*store, options.tab, options.report);
-    qint32 storedTab = options.tab;
-    const RecordsetPtr rows = store->OpenReport(reportId, siUnits, storedTab);
-    if (!rows)
-        refuse(QStringLiteral("the QC report \"%1\" cannot be opened").arg(options.report));
-
-    UniqueVarNames names;
-    for (; !rows->IsEOF(); rows->MoveNext())
-    {
-        const Recordset& row = *rows;
-        ReportVariable variable;
-        variable.TableID = WholeNumberOfZeroPrefixed(row.Value(QStringLiteral("QCTableID")));
-        variable.ParamsDefID = WholeNumberOfZeroPrefixed(row.Value(QStringLiteral("ParamsDefID")));
-        variable.TableName = cellText(row, QStringLiteral("QCUserName"));
-        variable.VarName = names.MakeUnique(cellText(row, QStringLiteral("ParamsUserName")));
-        variable.Unit = cellText(row, QStringLiteral("ParamsUnit"));
-        variable.ShowInGraph = cellText(row, QStringLiteral("ShowInGraph")) == QLatin1String("True");
-        variable.ShowInTable = cellText(row, QStringLiteral("ShowInTable")) == QLatin1String("True");
-        variable.DecimalPlaces = WholeNumberOfZeroPrefixed(row.Value(QStringLiteral("Decimal")));
-        info.Variables.append(variable);
-    }
 }
 
 // The program's own refusals of a request's variables, with its texts.
@@ -84,11 +51,12 @@ void checkVariableCounts(const ReportInfo& info)
     if (inTable > kMaxVariablesPerKind)
         refuse(GetResourceText(4079) + limit);
 }
+} // namespace
 
 // The search finds every ID that starts with the text, without regard to
 // case; only the whole ID names the subject: the one spelled as given, else
 // the first that differs in case alone.
-void findSubject(const QString& id, ReportInfo& info)
+void FindRenderSubject(const QString& id, ReportInfo& info)
 {
     const std::unique_ptr<PatientQuery> query = ComponentFactory::create<PatientQuery>(PatientQuery::ClassId);
     const RecordsetPtr found = query->FindByIdNum(id);
@@ -110,7 +78,50 @@ void findSubject(const QString& id, ReportInfo& info)
     if (!matched)
         refuse(QStringLiteral("there is no QC subject with the ID \"%1\"").arg(id));
 }
-} // namespace
+
+QList<SavedDefinition> ListSavedDefinitions()
+{
+    const std::unique_ptr<QCReportStore> store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
+    QList<SavedDefinition> tabs[2];
+    const RecordsetPtr reports = store->ListReports();
+    for (; reports && !reports->IsEOF(); reports->MoveNext())
+    {
+        const qint32 tab = WholeNumberOfZeroPrefixed(reports->Value(QStringLiteral("QCReportType")));
+        if (tab != 0 && tab != 1)
+            continue;
+        tabs[tab].append({ToWholeNumber(reports->Value(QStringLiteral("QCReportID"))), qint16(tab),
+                          cellText(*reports, QStringLiteral("QCReportName"))});
+    }
+    return tabs[0] + tabs[1];
+}
+
+void LoadDefinitionVariables(const SavedDefinition& definition, bool siUnits, ReportInfo& info)
+{
+    const std::unique_ptr<QCReportStore> store = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId);
+    qint32 storedTab = definition.tab;
+    const RecordsetPtr rows = store->OpenReport(definition.id, siUnits, storedTab);
+    if (!rows)
+        refuse(QStringLiteral("the QC report \"%1\" cannot be opened").arg(definition.name));
+
+    info.TestTab = definition.tab;
+    info.Variables.clear();
+    UniqueVarNames names;
+    for (; !rows->IsEOF(); rows->MoveNext())
+    {
+        const Recordset& row = *rows;
+        ReportVariable variable;
+        variable.TableID = WholeNumberOfZeroPrefixed(row.Value(QStringLiteral("QCTableID")));
+        variable.ParamsDefID = WholeNumberOfZeroPrefixed(row.Value(QStringLiteral("ParamsDefID")));
+        variable.TableName = cellText(row, QStringLiteral("QCUserName"));
+        variable.VarName = names.MakeUnique(cellText(row, QStringLiteral("ParamsUserName")));
+        variable.Unit = cellText(row, QStringLiteral("ParamsUnit"));
+        variable.ShowInGraph = cellText(row, QStringLiteral("ShowInGraph")) == QLatin1String("True");
+        variable.ShowInTable = cellText(row, QStringLiteral("ShowInTable")) == QLatin1String("True");
+        variable.DecimalPlaces = WholeNumberOfZeroPrefixed(row.Value(QStringLiteral("Decimal")));
+        info.Variables.append(variable);
+    }
+    checkVariableCounts(info);
+}
 
 ReportInfo BuildRenderRequest(const RenderOptions& options, bool siUnits)
 {
@@ -118,8 +129,13 @@ ReportInfo BuildRenderRequest(const RenderOptions& options, bool siUnits)
     info.TestTab = options.tab;
     info.FromDate = options.from;
     info.ToDate = options.to;
-    loadVariables(options, siUnits, info);
-    checkVariableCounts(info);
-    findSubject(options.subject, info);
+    const QList<SavedDefinition> definitions = ListSavedDefinitions();
+    const auto named = std::find_if(definitions.cbegin(), definitions.cend(), [&options](const SavedDefinition& d) {
+        return d.tab == options.tab && d.name.compare(options.report, Qt::CaseInsensitive) == 0;
+    });
+    if (named == definitions.cend())
+        refuseUnknownDefinition(options.report, options.tab);
+    LoadDefinitionVariables(*named, siUnits, info);
+    FindRenderSubject(options.subject, info);
     return info;
 }

@@ -1,9 +1,8 @@
 #include "RenderSession.h"
 
+#include "RenderConsole.h"
 #include "RenderFailure.h"
 #include "platform/RuntimeError.h"
-
-#include <QTextStream>
 
 RenderSession::RenderSession()
     : m_engine(ComponentFactory::create<CalcEngine>(CalcEngine::ClassId))
@@ -57,6 +56,6 @@ void RenderSession::close() noexcept
     }
     catch (const RuntimeError& error)
     {
-        QTextStream(stderr) << QStringLiteral("calvex-qc-render: ") << error.description() << Qt::endl;
+        PrintFailure(error.description());
     }
 }

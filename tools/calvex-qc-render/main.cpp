@@ -1,24 +1,30 @@
 // calvex-qc-render: renders the QC report of a saved definition for one QC
 // subject and period, with the same request, store calls and page layouts as
-// the program's Print, to a PDF file or to PNG pages. Exit status 0 on
-// success (with one line saying where the output is), 1 when the report
-// cannot be rendered or written or the suite refuses the user (no right 500,
-// a disabled user, as at the program's start) and 2 for a bad command line;
-// every failure is one line on stderr, and stderr holds nothing but the
-// renderer's lines.
+// the program's Print, to a PDF file or to PNG pages, and its table's data to
+// a CSV file; or, with --all, every saved definition for each subject of a
+// list, one PDF each. Exit status 0 on success (with one line per file saying
+// where the output is), 1 when a report cannot be rendered or written or the
+// suite refuses the user (no right 500, a disabled user, as at the program's
+// start) and 2 for a bad command line (RunStatus); every failure is one line
+// on stderr, and stderr holds nothing but the renderer's lines.
 //
-// With --check it checks the report's charts against the QC rules (the
+// With --check it checks the reports' charts against the QC rules (the
 // site's "QC Rules" or --rules) for unattended monitoring: one line per
-// violation on stdout (or one JSON document with --json), a file only when
-// --out or --png-dir asks for one, and exit status 3 when a rule was broken.
+// violation on stdout (or one JSON document with --json), files only when
+// the command line asks for them, and exit status 3 when a rule was broken.
 
+#include "OutFolderNames.h"
+#include "RenderBatch.h"
+#include "RenderConsole.h"
 #include "RenderFailure.h"
 #include "RenderOptions.h"
 #include "RenderOutput.h"
+#include "RenderPreparation.h"
 #include "RenderRequest.h"
 #include "RenderSession.h"
 #include "ReportRuleCheck.h"
-#include "output/modPrintReport.h"
+#include "RunStatus.h"
+#include "output/PdfFileTarget.h"
 #include "platform/Clock.h"
 #include "platform/ProgramVersion.h"
 #include "platform/QCRulesSetting.h"
@@ -39,17 +45,6 @@
 
 namespace
 {
-constexpr int kExitWritten = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitBadCommandLine = 2;
-constexpr int kExitRulesBroken = 3;
-
-void printLine(FILE* stream, QString text)
-{
-    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    QTextStream(stream) << text << Qt::endl;
-}
-
 // What Qt and its plug-ins say for themselves (no runtime folder, a locale
 // that is not UTF-8, a font or image codec's complaint) is not the
 // renderer's to report: a scheduled run's stderr holds only the renderer's
@@ -61,18 +56,12 @@ void keepQtMessagesOut(QtMsgType type, const QMessageLogContext& context, const 
 {
     const bool ours = context.category && QByteArrayView(context.category).startsWith("calvex.");
     if (ours || type == QtFatalMsg)
-        printLine(stderr, QStringLiteral("calvex-qc-render: ") + message);
+        PrintFailure(message);
 }
 
 [[noreturn]] void refuse(const QString& message)
 {
     throw RenderFailure{message, false};
-}
-
-QString periodText(const ReportInfo& info)
-{
-    return info.FromDate.isEmpty() ? QStringLiteral("up to ") + info.ToDate
-                                   : QStringLiteral("from %1 to %2").arg(info.FromDate, info.ToDate);
 }
 
 // The QC rules the run checks: --rules when given, else the site's setting.
@@ -98,65 +87,134 @@ QCRuleSet RulesToCheck(const RenderOptions& options)
     return rules;
 }
 
-// The program's Print stops without a word when there is nothing to chart or
-// no table; here the user learns why.
-void prepare(const ReportInfo& info, const QString& reportName, bool siUnits, const QCRuleSet& rules,
-             PreparedReport& report)
+QString pageCountText(qint32 pages)
 {
-    if (!PrepareReport(info, siUnits, report, rules))
-    {
-        if (report.Graphs.empty())
-            refuse(QStringLiteral("the QC report \"%1\" has no variable shown in the graph, and a report without "
-                                  "charts is not printed")
-                       .arg(reportName));
-        refuse(QStringLiteral("the table of the QC report \"%1\" could not be read").arg(reportName));
-    }
-    if (report.Table.Data->RecordCount() == 0)
-        refuse(QStringLiteral("%1 has no %2 visits %3")
-                   .arg(info.PatientID, RenderOptions::tabName(info.TestTab), periodText(info)));
+    return pages == 1 ? QStringLiteral("1 page") : QStringLiteral("%1 pages").arg(pages);
 }
 
-// Writes the report where the options say (nothing when they name no file),
-// and says where when announce is set.
-void writeOutput(const RenderOptions& options, PreparedReport& report, bool announce)
+// Files are announced on stdout, except in a check: its stdout holds the
+// check alone.
+void printWritten(const RenderOptions& options, const QString& fileName, qint32 pages)
+{
+    if (options.check)
+        return;
+    PrintLine(stdout, QStringLiteral("QC report written to %1 (%2)")
+                          .arg(QDir::toNativeSeparators(QFileInfo(fileName).absoluteFilePath()), pageCountText(pages)));
+}
+
+// The outputs of one report, in the order PDF or PNG pages, then CSV.
+void writeReport(const RenderOptions& options, PreparedReport& report)
 {
     if (!options.pdfFile.isEmpty())
-    {
-        const qint32 pages = WritePdf(report, options.pdfFile);
-        if (announce)
-            printLine(stdout, QStringLiteral("QC report written to %1 (%2)")
-                                  .arg(QDir::toNativeSeparators(QFileInfo(options.pdfFile).absoluteFilePath()),
-                                       pages == 1 ? QStringLiteral("1 page") : QStringLiteral("%1 pages").arg(pages)));
-    }
-    else if (!options.pngFolder.isEmpty())
+        printWritten(options, options.pdfFile, WritePdf(report, options.pdfFile));
+    if (!options.pngFolder.isEmpty())
     {
         const qint32 pages = WritePngPages(report, options.pngFolder);
-        if (announce)
-            printLine(stdout, QStringLiteral("QC report written to %1 (page-001.png to page-%2.png)")
+        if (!options.check)
+            PrintLine(stdout, QStringLiteral("QC report written to %1 (page-001.png to page-%2.png)")
                                   .arg(QDir::toNativeSeparators(QDir(options.pngFolder).absolutePath()))
                                   .arg(pages, 3, 10, QLatin1Char('0')));
     }
+    if (!options.csvFile.isEmpty())
+    {
+        const qint32 visits = WriteTableCsv(report, options.csvFile);
+        if (!options.check)
+            PrintLine(stdout,
+                      QStringLiteral("QC table data written to %1 (%2)")
+                          .arg(QDir::toNativeSeparators(QFileInfo(options.csvFile).absoluteFilePath()),
+                               visits == 1 ? QStringLiteral("1 visit") : QStringLiteral("%1 visits").arg(visits)));
+    }
 }
 
-// --check of one request, the report prepared with the rules: its lines (or
-// its JSON document) on stdout, then the file when one was asked for, which
-// stdout does not announce (it holds the check alone). 3 when a rule was
-// broken, else 0; a file that cannot be written ends the run with 1.
-int check(const RenderOptions& options, const QCRuleSet& rules, bool siUnits, PreparedReport& report)
+// The checks of a run: each report's lines as soon as it is checked, or,
+// with --json, one document once every report is.
+class RunChecks
 {
-    const ReportRuleCheck checked = ReportRuleCheck::of(report, options.report);
-    if (options.json)
+public:
+    RunChecks(const RenderOptions& options, const QCRuleSet& rules, bool siUnits)
+        : m_options(options)
+        , m_rules(rules)
+        , m_siUnits(siUnits)
+    {}
+
+    // Checks one report, prepared with the rules: RulesBroken when a rule
+    // fired, else Done.
+    int check(PreparedReport& report, const QString& definitionName)
     {
-        QTextStream(stdout) << ReportRuleCheck::document(rules, siUnits, {checked}).toJson(QJsonDocument::Indented)
-                            << Qt::flush;
+        const ReportRuleCheck checked = ReportRuleCheck::of(report, definitionName);
+        if (m_options.json)
+            m_checks.append(checked);
+        else
+        {
+            for (const QString& line : checked.lines())
+                PrintLine(stdout, line);
+        }
+        return checked.anyRuleFired() ? RunStatus::RulesBroken : RunStatus::Done;
     }
-    else
+
+    void finish() const
     {
-        for (const QString& line : checked.lines())
-            printLine(stdout, line);
+        if (m_options.json)
+            QTextStream(stdout)
+                << ReportRuleCheck::document(m_rules, m_siUnits, m_checks).toJson(QJsonDocument::Indented) << Qt::flush;
     }
-    writeOutput(options, report, false);
-    return checked.anyRuleFired() ? kExitRulesBroken : kExitWritten;
+
+private:
+    const RenderOptions& m_options;
+    const QCRuleSet& m_rules;
+    const bool m_siUnits;
+    QList<ReportRuleCheck> m_checks;
+};
+
+int renderOne(const RenderOptions& options, const QCRuleSet& rules, bool siUnits)
+{
+    const ReportInfo info = BuildRenderRequest(options, siUnits);
+    PreparedReport report;
+    if (!PrepareRenderedReport(info, options.report, siUnits, rules, report))
+        refuse(NoVisitsText(info));
+    int status = RunStatus::Done;
+    if (options.check)
+    {
+        RunChecks checks(options, rules, siUnits);
+        status = checks.check(report, options.report);
+        checks.finish();
+    }
+    writeReport(options, report);
+    return status;
+}
+
+// The folder of --all's files, made when it is missing.
+void makeOutFolder(const QString& folder)
+{
+    if (!QDir().mkpath(folder))
+        refuse(QStringLiteral("cannot make the folder %1").arg(folder));
+    if (!QFileInfo(folder).isWritable())
+        refuse(QStringLiteral("cannot write in the folder %1").arg(folder));
+}
+
+int renderAll(const RenderOptions& options, const QCRuleSet& rules, bool siUnits)
+{
+    // Checked before the first report, so that a folder no report can be
+    // written to is said once, not for every report.
+    const bool writing = !options.outFolder.isEmpty();
+    if (writing)
+        makeOutFolder(options.outFolder);
+    OutFolderNames names(options.outFolder);
+    // One target for the night: each font is set up once for every report.
+    const std::unique_ptr<PdfFileTarget> pdf = writing ? NewPdfTarget() : nullptr;
+    RunChecks checks(options, rules, siUnits);
+    RenderBatch batch(options, rules, siUnits);
+    const int status = batch.run([&](const SavedDefinition& definition, PreparedReport& report) {
+        const int checked = options.check ? checks.check(report, definition.name) : RunStatus::Done;
+        if (writing)
+        {
+            const QString fileName = names.filePath(report.Info, definition.name);
+            printWritten(options, fileName, WritePdf(report, *pdf, fileName));
+        }
+        return checked;
+    });
+    checks.finish();
+    return status;
 }
 
 int render(const QStringList& arguments)
@@ -165,12 +223,12 @@ int render(const QStringList& arguments)
     if (options.helpRequested)
     {
         QTextStream(stdout) << RenderOptions::help() << Qt::flush;
-        return kExitWritten;
+        return RunStatus::Done;
     }
     if (options.versionRequested)
     {
         QTextStream(stdout) << VersionLine(QStringLiteral("calvex-qc-render")) << Qt::flush;
-        return kExitWritten;
+        return RunStatus::Done;
     }
     if (options.today.isValid())
         Clock::pin(QDateTime(options.today, QTime(12, 0)));
@@ -184,14 +242,7 @@ int render(const QStringList& arguments)
     // run QC reports now; nothing is read before it has.
     const RenderSession session;
     const bool siUnits = options.siUnits || ReadSIUnitSetting();
-    const ReportInfo info = BuildRenderRequest(options, siUnits);
-    PreparedReport report;
-    prepare(info, options.report, siUnits, rules, report);
-
-    if (options.check)
-        return check(options, rules, siUnits, report);
-    writeOutput(options, report, true);
-    return kExitWritten;
+    return options.allReports ? renderAll(options, rules, siUnits) : renderOne(options, rules, siUnits);
 }
 } // namespace
 
@@ -205,28 +256,31 @@ int main(int argc, char** argv)
     QGuiApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("calvex-qc-render"));
 
-    int status = kExitWritten;
+    int status = RunStatus::Done;
     try
     {
         status = render(QCoreApplication::arguments().mid(1));
     }
     catch (const RenderFailure& failure)
     {
-        printLine(stderr, QStringLiteral("calvex-qc-render: ") + failure.message);
+        PrintFailure(failure.message);
         if (failure.badCommandLine && failure.withUsage)
-            printLine(stderr, RenderOptions::usage());
-        status = failure.badCommandLine ? kExitBadCommandLine : kExitFailed;
+        {
+            for (const QString& line : RenderOptions::usage().split(QLatin1Char('\n')))
+                PrintLine(stderr, line);
+        }
+        status = failure.badCommandLine ? RunStatus::BadCommandLine : RunStatus::Failed;
     }
     catch (const RuntimeError& error)
     {
-        printLine(stderr, QStringLiteral("calvex-qc-render: ") + error.description());
-        status = kExitFailed;
+        PrintFailure(error.description());
+        status = RunStatus::Failed;
     }
     catch (const std::exception& error)
     {
         // Out of memory and the like: still one line and a run-time failure.
-        printLine(stderr, QStringLiteral("calvex-qc-render: ") + QString::fromLocal8Bit(error.what()));
-        status = kExitFailed;
+        PrintFailure(QString::fromLocal8Bit(error.what()));
+        status = RunStatus::Failed;
     }
     SuiteDatabase::closeAllConnections();
     return status;

@@ -1,0 +1,170 @@
+#include "RenderBatch.h"
+
+#include "BatchMessageService.h"
+#include "RenderConsole.h"
+#include "RenderFailure.h"
+#include "RenderPreparation.h"
+#include "RenderRequest.h"
+#include "platform/RuntimeError.h"
+
+#include <QSet>
+
+namespace
+{
+// "PF "Spirometry"": a definition as the batch's lines name it.
+QString definitionLabel(const SavedDefinition& definition)
+{
+    return QStringLiteral("%1 \"%2\"").arg(RenderOptions::tabName(definition.tab), definition.name);
+}
+
+QString quotedList(const QStringList& names)
+{
+    QStringList quoted;
+    for (const QString& name : names)
+        quoted.append(QLatin1Char('"') + name + QLatin1Char('"'));
+    return quoted.join(QStringLiteral(", "));
+}
+} // namespace
+
+RenderBatch::RenderBatch(const RenderOptions& options, const QCRuleSet& rules, bool siUnits)
+    : m_options(options)
+    , m_rules(rules)
+    , m_siUnits(siUnits)
+{}
+
+int RenderBatch::run(const ReportAction& action)
+{
+    BatchMessageService boxes;
+    m_messages = &boxes;
+    m_definitions = loadDefinitions();
+
+    QSet<QString> done;
+    for (const QString& id : m_options.subjects)
+    {
+        ReportInfo subject;
+        subject.FromDate = m_options.from;
+        subject.ToDate = m_options.to;
+        try
+        {
+            FindRenderSubject(id, subject);
+        }
+        catch (const RenderFailure& failure)
+        {
+            PrintFailure(failure.message);
+            m_status.meet(RunStatus::Failed);
+            continue;
+        }
+        catch (const RuntimeError& error)
+        {
+            PrintFailure(QStringLiteral("%1: %2").arg(id, error.description()));
+            m_status.meet(RunStatus::Failed);
+            continue;
+        }
+        if (done.contains(subject.PatientID))
+            continue;
+        done.insert(subject.PatientID);
+
+        for (const qint16 tab : {qint16(0), qint16(1)})
+        {
+            QStringList skipped;
+            runTab(subject, tab, action, skipped);
+            if (!skipped.isEmpty())
+            {
+                subject.TestTab = tab;
+                // A check's stdout holds the check alone.
+                PrintLine(m_options.check ? stderr : stdout,
+                          NoVisitsText(subject) + QStringLiteral(": skipped ") + quotedList(skipped));
+            }
+        }
+    }
+
+    if (m_reported == 0 && m_skipped > 0 && m_status.value() == RunStatus::Done)
+    {
+        ReportInfo period;
+        period.FromDate = m_options.from;
+        period.ToDate = m_options.to;
+        PrintFailure(QStringLiteral("no report: none of the QC subjects listed has visits ") + PeriodText(period));
+        m_status.meet(RunStatus::Failed);
+    }
+    m_messages = nullptr;
+    return m_status.value();
+}
+
+QList<RenderBatch::Definition> RenderBatch::loadDefinitions()
+{
+    QList<Definition> definitions;
+    const QList<SavedDefinition> saved = ListSavedDefinitions();
+    if (saved.isEmpty())
+    {
+        PrintFailure(QStringLiteral("there is no saved QC report"));
+        m_status.meet(RunStatus::Failed);
+    }
+    for (const SavedDefinition& definition : saved)
+    {
+        Definition loaded{definition, {}};
+        try
+        {
+            LoadDefinitionVariables(definition, m_siUnits, loaded.request);
+        }
+        catch (const RenderFailure& failure)
+        {
+            PrintFailure(definitionLabel(definition) + QStringLiteral(": ") + failure.message);
+            m_status.meet(RunStatus::Failed);
+            continue;
+        }
+        catch (const RuntimeError& error)
+        {
+            PrintFailure(definitionLabel(definition) + QStringLiteral(": ") + error.description());
+            m_status.meet(RunStatus::Failed);
+            continue;
+        }
+        definitions.append(loaded);
+    }
+    return definitions;
+}
+
+void RenderBatch::runTab(const ReportInfo& subject, qint16 tab, const ReportAction& action, QStringList& skipped)
+{
+    for (const Definition& definition : std::as_const(m_definitions))
+    {
+        if (definition.saved.tab != tab)
+            continue;
+        const QString label = subject.PatientID + QStringLiteral(", ") + definitionLabel(definition.saved);
+        m_messages->setReport(label);
+        try
+        {
+            if (!runReport(definition, subject, action))
+            {
+                skipped.append(definition.saved.name);
+                ++m_skipped;
+            }
+        }
+        catch (const RenderFailure& failure)
+        {
+            PrintFailure(label + QStringLiteral(": ") + failure.message);
+            m_status.meet(RunStatus::Failed);
+        }
+        catch (const RuntimeError& error)
+        {
+            PrintFailure(label + QStringLiteral(": ") + error.description());
+            m_status.meet(RunStatus::Failed);
+        }
+        m_messages->setReport(QString());
+    }
+}
+
+bool RenderBatch::runReport(const Definition& definition, const ReportInfo& subject, const ReportAction& action)
+{
+    ReportInfo info = definition.request;
+    info.PatientID = subject.PatientID;
+    info.PatientName = subject.PatientName;
+    info.FromDate = subject.FromDate;
+    info.ToDate = subject.ToDate;
+
+    PreparedReport report;
+    if (!PrepareRenderedReport(info, definition.saved.name, m_siUnits, m_rules, report))
+        return false;
+    ++m_reported;
+    m_status.meet(action(definition.saved, report));
+    return true;
+}

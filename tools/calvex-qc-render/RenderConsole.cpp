@@ -1,0 +1,14 @@
+#include "RenderConsole.h"
+
+#include <QTextStream>
+
+void PrintLine(FILE* stream, QString text)
+{
+    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    QTextStream(stream) << text << Qt::endl;
+}
+
+void PrintFailure(const QString& message)
+{
+    PrintLine(stderr, QStringLiteral("calvex-qc-render: ") + message);
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdio>
+
+// The renderer's lines on its standard streams: each message is one line
+// (line breaks inside it become blanks), flushed at once, so that the lines of
+// a long run are seen as they come and stay in order.
+
+void PrintLine(FILE* stream, QString text);
+
+// One line on stderr: "calvex-qc-render: " and the message.
+void PrintFailure(const QString& message);
