@@ -40,6 +40,8 @@ public:
 };
 
 // Reports the first paint of the window: the window is on the screen and ready.
+// The paint of any widget of the window counts: panels that fill the window
+// with their own background leave the window itself nothing to paint.
 class FirstPaint final : public QObject
 {
 public:
@@ -48,13 +50,14 @@ public:
         , m_clock(clock)
         , m_screenshot(std::move(screenshot))
     {
-        window.installEventFilter(this);
+        QCoreApplication::instance()->installEventFilter(this);
     }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        if (watched == &m_window && event->type() == QEvent::Paint && !m_done)
+        const auto* widget = qobject_cast<QWidget*>(watched);
+        if (event->type() == QEvent::Paint && !m_done && widget && widget->window() == &m_window)
         {
             m_done = true;
             std::printf("READY %lld\n", static_cast<long long>(m_clock.elapsed()));
