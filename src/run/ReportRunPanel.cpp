@@ -54,16 +54,12 @@ void ReportRunPanel::cmdPreview_Click()
     std::unique_ptr<frmPrintPreview> preview;
     try
     {
-        const qint16 tab = qint16(m_host.CurrentTab());
-        if (!ValidateReportRequest(tab))
-            return;
+        qint16 tab = 0;
+        ReportInfo info;
         QCRuleSet rules;
-        if (!ReadQCRules(rules))
+        if (!ReadRunRequest(tab, info, rules))
             return;
         WaitCursor wait;
-        m_host.State().blnSIUnits = ReadSIUnitSetting();
-        ReportInfo info;
-        m_tabs.BuildReportInfo(tab, info);
         preview = std::make_unique<frmPrintPreview>(m_host.State(), window());
         m_preview = preview.get();
         preview->m_strReportName = ReportName(tab);
@@ -98,15 +94,11 @@ void ReportRunPanel::cmdPrint_Click()
     }
     try
     {
-        const qint16 tab = qint16(m_host.CurrentTab());
-        if (!ValidateReportRequest(tab))
-            return;
-        QCRuleSet rules;
-        if (!ReadQCRules(rules))
-            return;
-        m_host.State().blnSIUnits = ReadSIUnitSetting();
+        qint16 tab = 0;
         ReportInfo info;
-        m_tabs.BuildReportInfo(tab, info);
+        QCRuleSet rules;
+        if (!ReadRunRequest(tab, info, rules))
+            return;
         // The batch renderer's road: graph series, then table data (a failure
         // of either stops here, unprinted and without a word, as each says
         // what it has to say itself), the table set up around the graph
@@ -120,6 +112,16 @@ void ReportRunPanel::cmdPrint_Click()
         // or not everything was printed.
         MsgBox(error.description(), MsgStyle::Critical, m_host.MsgTitle());
     }
+}
+
+bool ReportRunPanel::ReadRunRequest(qint16& tab, ReportInfo& info, QCRuleSet& rules)
+{
+    tab = qint16(m_host.CurrentTab());
+    if (!ValidateReportRequest(tab) || !ReadQCRules(rules))
+        return false;
+    m_host.State().blnSIUnits = ReadSIUnitSetting();
+    m_tabs.BuildReportInfo(tab, info);
+    return true;
 }
 
 void ReportRunPanel::cmdPrintSetup_Click()

@@ -63,6 +63,12 @@ private:
     // message 4137 (style 48, the window's title), naming the first rule the
     // program does not know and the rules it knows.
     bool ReadQCRules(QCRuleSet& rules) const;
+    // What Preview and Print ask first: the checks of the current tab's run
+    // (ValidateReportRequest), the QC rules (ReadQCRules) and the unit
+    // setting, then the request of the tab's definition for the subject and
+    // period. False, after the message of the check that failed, when there
+    // is nothing to run.
+    bool ReadRunRequest(qint16& tab, ReportInfo& info, QCRuleSet& rules);
 
     MainWindowHost& m_host;
     SubjectSearchPanel& m_search;

@@ -6,6 +6,11 @@
 
 #include <QSqlQuery>
 
+#ifdef Q_OS_UNIX
+#include <pwd.h>
+#include <unistd.h>
+#endif
+
 QString SuiteUser::currentName()
 {
     for (const char* variable : {"USER", "USERNAME"})
@@ -14,6 +19,12 @@ QString SuiteUser::currentName()
         if (!name.isEmpty())
             return name;
     }
+#ifdef Q_OS_UNIX
+    // A service or a scheduled job may run without the variables: the
+    // account the process runs as is the user then.
+    if (const passwd* account = getpwuid(geteuid()); account && account->pw_name && *account->pw_name)
+        return QString::fromLocal8Bit(account->pw_name);
+#endif
     return QStringLiteral("unknown");
 }
 

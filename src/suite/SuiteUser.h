@@ -34,7 +34,8 @@ struct SuiteUser
 
     bool hasRight(qint32 right) const { return rights.contains(right); }
 
-    // USER, else USERNAME, else "unknown": the operating system's user.
+    // USER, else USERNAME, else (on Unix) the name of the account the process
+    // runs as, else "unknown": the operating system's user.
     static QString currentName();
     // The name the database knows the user by: the server's login on
     // PostgreSQL, the operating system's user on SQLite.

@@ -7,12 +7,16 @@
 #include "suite/NorrixCalcEngine.h"
 #include "suite/SuiteDataLoader.h"
 #include "suite/SuiteSchema.h"
+#include "suite/SuiteUser.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSqlQuery>
 #include <QTest>
+
+#include <pwd.h>
+#include <unistd.h>
 
 class TestCalcEngine : public QObject
 {
@@ -129,6 +133,26 @@ private slots:
         NorrixCalcEngine engine;
         QVERIFY(!engine.HasRight(500));
         QCOMPARE(engine.AutoLogoutMinutes(), 0);
+    }
+
+    // A scheduled job may run without USER and USERNAME: the account the
+    // process runs as is the user then, not a made-up name.
+    void withoutTheVariablesTheAccountIsTheUser()
+    {
+        const QByteArray user = qgetenv("USER");
+        const QByteArray userName = qgetenv("USERNAME");
+        const bool hadUser = qEnvironmentVariableIsSet("USER");
+        const bool hadUserName = qEnvironmentVariableIsSet("USERNAME");
+        qunsetenv("USER");
+        qunsetenv("USERNAME");
+        const QString name = SuiteUser::currentName();
+        if (hadUser)
+            qputenv("USER", user);
+        if (hadUserName)
+            qputenv("USERNAME", userName);
+        const passwd* account = getpwuid(geteuid());
+        QVERIFY(account && account->pw_name);
+        QCOMPARE(name, QString::fromLocal8Bit(account->pw_name));
     }
 
     void startCheckPassesOnACurrentDatabase()

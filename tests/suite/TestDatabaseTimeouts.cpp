@@ -3,6 +3,7 @@
 
 #include "ScopedServerSession.h"
 #include "SuiteTestDatabase.h"
+#include "common/ExclusiveSqliteLock.h"
 #include "platform/RuntimeError.h"
 #include "suite/NorrixCalcEngine.h"
 #include "suite/NorrixPatientQuery.h"
@@ -221,39 +222,29 @@ private slots:
     {
         if (SuiteTestDatabase::onPostgres())
             QSKIP("a SQLite file locked by another program; the server's lock timeout has a test of its own");
-        const QString sqlite = QStandardPaths::findExecutable(QStringLiteral("sqlite3"));
-        if (sqlite.isEmpty())
-            QSKIP("the sqlite3 program (Debian package sqlite3) locks the file from another process");
         SuiteTestDatabase test;
         test.createSchema();
         test.setValue(QStringLiteral("Database Timeout Seconds"), 2);
-        // Another program holds the file so that nobody may even read it.
-        QProcess locker;
-        locker.start(sqlite, {test.settings().databaseName});
-        QVERIFY(locker.waitForStarted());
-        locker.write("BEGIN EXCLUSIVE;\n");
-        ScopedServerSession probe(test.settings(), QStringLiteral("probe"));
-        QVERIFY(probe.exec(QStringLiteral("PRAGMA busy_timeout = 0")));
-        QTRY_VERIFY_WITH_TIMEOUT(!probe.scalar(QStringLiteral("SELECT COUNT(*) FROM users")).isValid(), 10000);
         SuiteDatabase::closeAllConnections();
+        {
+            // Another program holds the file so that nobody may even read it.
+            const ExclusiveSqliteLock lock(test.settings().databaseName);
+            QVERIFY2(lock.held(), qPrintable(lock.whyNot()));
 
-        // The start's questions, as the program asks them: one timeout in all,
-        // then the start check tells why.
-        QElapsedTimer clock;
-        clock.start();
-        NorrixCalcEngine engine;
-        QCOMPARE(engine.OpenApplication(6), 0);
-        QVERIFY(engine.HasRight(500));
-        engine.HasRight(501);
-        engine.AutoLogoutMinutes();
-        QCOMPARE(engine.StartCheck(), NorrixCalcEngine::StartDatabaseUnreachable);
-        const qint64 milliseconds = clock.elapsed();
-        QCOMPARE(engine.StartCheckReason(), timeoutMessage(2));
-        QVERIFY2(milliseconds >= 1900 && milliseconds < 4000, qPrintable(QString::number(milliseconds)));
-
-        locker.write("ROLLBACK;\n.quit\n");
-        locker.closeWriteChannel();
-        QVERIFY(locker.waitForFinished());
+            // The start's questions, as the program asks them: one timeout in
+            // all, then the start check tells why.
+            QElapsedTimer clock;
+            clock.start();
+            NorrixCalcEngine engine;
+            QCOMPARE(engine.OpenApplication(6), 0);
+            QVERIFY(engine.HasRight(500));
+            engine.HasRight(501);
+            engine.AutoLogoutMinutes();
+            QCOMPARE(engine.StartCheck(), NorrixCalcEngine::StartDatabaseUnreachable);
+            const qint64 milliseconds = clock.elapsed();
+            QCOMPARE(engine.StartCheckReason(), timeoutMessage(2));
+            QVERIFY2(milliseconds >= 1900 && milliseconds < 4000, qPrintable(QString::number(milliseconds)));
+        }
         QCOMPARE(NorrixCalcEngine().StartCheck(), NorrixCalcEngine::StartAllowed);
     }
 
