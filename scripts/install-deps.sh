@@ -8,7 +8,7 @@ packages=(
     qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql qt6-translations-l10n
     librsvg2-bin
     dpkg-dev lintian desktop-file-utils appstream
-    libgmp-dev libpq-dev
+    libgmp-dev
     fonts-liberation2
     clang-format-14
     poppler-utils xvfb xauth x11-utils

@@ -1,9 +1,9 @@
 #include "suite/ServerAnswerWatch.h"
 
+#include <QLibrary>
 #include <QSqlDriver>
 #include <QVariant>
 
-#include <libpq-fe.h>
 #ifdef Q_OS_WIN
 #include <winsock2.h>
 #else
@@ -83,6 +83,28 @@ Watcher& watcher()
     return *instance;
 }
 
+// libpq's connection, as Qt's PostgreSQL driver hands it out.
+struct pg_conn;
+
+// PQsocket of libpq. The program does not link libpq: Qt's PostgreSQL driver
+// loads it with the driver, only where a server is used, so the function is
+// looked up in the library the driver has loaded (nullptr when it cannot be
+// had). A program on a SQLite file never maps libpq and the libraries it
+// brings (TLS, Kerberos, LDAP).
+int (*libpqSocketFunction())(const pg_conn*)
+{
+    using SocketFunction = int (*)(const pg_conn*);
+    static const SocketFunction function = [] {
+#ifdef Q_OS_WIN
+        QLibrary libpq(QStringLiteral("libpq"));
+#else
+        QLibrary libpq(QStringLiteral("pq"), 5);
+#endif
+        return reinterpret_cast<SocketFunction>(libpq.resolve("PQsocket"));
+    }();
+    return function;
+}
+
 // The socket of a PostgreSQL connection; -1 for any other.
 int socketOf(const QSqlDatabase& db)
 {
@@ -94,8 +116,9 @@ int socketOf(const QSqlDatabase& db)
     if (!handle.isValid() ||
         (qstrcmp(handle.typeName(), "PGconn*") != 0 && qstrcmp(handle.typeName(), "pg_conn*") != 0))
         return -1;
-    PGconn* connection = *static_cast<PGconn* const*>(handle.constData());
-    return connection ? PQsocket(connection) : -1;
+    const pg_conn* connection = *static_cast<pg_conn* const*>(handle.constData());
+    const auto socketFunction = libpqSocketFunction();
+    return connection && socketFunction ? socketFunction(connection) : -1;
 }
 } // namespace
 
