@@ -54,18 +54,16 @@ void ReportRunPanel::cmdPreview_Click()
     std::unique_ptr<frmPrintPreview> preview;
     try
     {
-        qint16 tab = 0;
-        ReportInfo info;
-        QCRuleSet rules;
-        if (!ReadRunRequest(tab, info, rules))
+        const std::optional<RunRequest> request = ReadRunRequest();
+        if (!request)
             return;
         WaitCursor wait;
         preview = std::make_unique<frmPrintPreview>(m_host.State(), window());
         m_preview = preview.get();
-        preview->m_strReportName = ReportName(tab);
+        preview->m_strReportName = ReportName(request->tab);
         // The preview shows its own hourglass while it prepares the pages.
         wait.restore();
-        if (preview->SetGraphData(m_host.State().objPrint, info, m_host.State().blnSIUnits, rules))
+        if (preview->SetGraphData(m_host.State().objPrint, request->info, m_host.State().blnSIUnits, request->rules))
             preview->exec();
     }
     catch (const RuntimeError& error)
@@ -94,16 +92,14 @@ void ReportRunPanel::cmdPrint_Click()
     }
     try
     {
-        qint16 tab = 0;
-        ReportInfo info;
-        QCRuleSet rules;
-        if (!ReadRunRequest(tab, info, rules))
+        const std::optional<RunRequest> request = ReadRunRequest();
+        if (!request)
             return;
         // The batch renderer's road: graph series, then table data (a failure
         // of either stops here, unprinted and without a word, as each says
         // what it has to say itself), the table set up around the graph
         // pages, the table pages numbered on, the violation pages, EndDoc.
-        PrintReportJob(*printer, info, ReportName(tab), m_host.State().blnSIUnits, rules);
+        PrintReportJob(*printer, request->info, ReportName(request->tab), m_host.State().blnSIUnits, request->rules);
     }
     catch (const RuntimeError& error)
     {
@@ -114,14 +110,15 @@ void ReportRunPanel::cmdPrint_Click()
     }
 }
 
-bool ReportRunPanel::ReadRunRequest(qint16& tab, ReportInfo& info, QCRuleSet& rules)
+std::optional<ReportRunPanel::RunRequest> ReportRunPanel::ReadRunRequest()
 {
-    tab = qint16(m_host.CurrentTab());
-    if (!ValidateReportRequest(tab) || !ReadQCRules(rules))
-        return false;
+    RunRequest request;
+    request.tab = qint16(m_host.CurrentTab());
+    if (!ValidateReportRequest(request.tab) || !ReadQCRules(request.rules))
+        return std::nullopt;
     m_host.State().blnSIUnits = ReadSIUnitSetting();
-    m_tabs.BuildReportInfo(tab, info);
-    return true;
+    m_tabs.BuildReportInfo(request.tab, request.info);
+    return request;
 }
 
 void ReportRunPanel::cmdPrintSetup_Click()

@@ -11,6 +11,8 @@
 #include <QPushButton>
 #include <QWidget>
 
+#include <optional>
+
 // Print Setup, Preview and Print of the main window: the report run. A run
 // checks the request (subject, date range, variables and their limits),
 // reads the unit setting (blnSIUnits) and the QC rules to check ("QC Rules"),
@@ -63,12 +65,18 @@ private:
     // message 4137 (style 48, the window's title), naming the first rule the
     // program does not know and the rules it knows.
     bool ReadQCRules(QCRuleSet& rules) const;
+    // What a run of Preview or Print is asked for.
+    struct RunRequest
+    {
+        qint16 tab = 0;
+        ReportInfo info; // the tab's definition for the subject and period
+        QCRuleSet rules;
+    };
     // What Preview and Print ask first: the checks of the current tab's run
     // (ValidateReportRequest), the QC rules (ReadQCRules) and the unit
-    // setting, then the request of the tab's definition for the subject and
-    // period. False, after the message of the check that failed, when there
-    // is nothing to run.
-    bool ReadRunRequest(qint16& tab, ReportInfo& info, QCRuleSet& rules);
+    // setting, then the request. Nothing, after the message of the check
+    // that failed, when there is nothing to run.
+    std::optional<RunRequest> ReadRunRequest();
 
     MainWindowHost& m_host;
     SubjectSearchPanel& m_search;
