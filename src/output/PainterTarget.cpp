@@ -85,29 +85,10 @@ void PainterTarget::fontChanged()
     m_font = nullptr;
 }
 
-void PainterTarget::SetFont(const QString& typeface)
+void PainterTarget::stateSet(StateItem item, bool changed)
 {
-    if (m_typeface == typeface)
-        return;
-    m_typeface = typeface;
-    fontChanged();
-}
-
-void PainterTarget::SetFontSize(double points)
-{
-    // A size that is no size leaves the font as it is.
-    if (m_fontSize == points || !(points > 0))
-        return;
-    m_fontSize = points;
-    fontChanged();
-}
-
-void PainterTarget::SetFontBold(bool bold)
-{
-    if (m_fontBold == bold)
-        return;
-    m_fontBold = bold;
-    fontChanged();
+    if (changed && (item == StateItem::Font || item == StateItem::FontSize || item == StateItem::FontBold))
+        fontChanged();
 }
 
 double PainterTarget::TextWidth(const QString& text)

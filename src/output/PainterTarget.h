@@ -46,14 +46,6 @@ public:
     double TextWidth(const QString& text) override;
     double TextHeight(const QString& text) override;
 
-    void SetFont(const QString& typeface) override;
-    void SetFontSize(double points) override;
-    void SetFontBold(bool bold) override;
-
-    void SetForeColor(const QColor& color) override { m_foreColor = color; }
-    void SetDrawWidth(int pixels) override { m_drawWidth = pixels; }
-    void SetDrawStyle(int style) override { m_drawStyle = style; }
-
     void Line(double x1, double y1, double x2, double y2, const QColor& color = QColor(), bool box = false) override;
     void PSet(double x, double y, const QColor& color = QColor()) override;
     void Circle(double x, double y, double radius, const QColor& color = QColor()) override;
@@ -104,6 +96,9 @@ private:
     // painter begun.
     QPainterPath& shapesAround(const QPointF& anchor, const DeferredDrawing::Pen& pen);
     void fontChanged();
+    // A new font is looked up when the text next needs it; the pen is read
+    // at each drawing.
+    void stateSet(StateItem item, bool changed) override;
     DeferredDrawing::Pen penFor(const QColor& color) const;
     // The painter, begun, with nothing printed left undrawn.
     QPainter& activePainter();

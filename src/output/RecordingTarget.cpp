@@ -92,40 +92,30 @@ double RecordingTarget::TextHeight(const QString& text)
     return double(text.count(u'\n') + 1) * lineHeight(m_fontSize);
 }
 
-void RecordingTarget::SetFont(const QString& typeface)
+void RecordingTarget::stateSet(StateItem item, bool /*changed*/)
 {
-    m_typeface = typeface;
-    record(RecordedOp::Kind::SetFont);
-}
-
-void RecordingTarget::SetFontSize(double points)
-{
-    m_fontSize = points;
-    record(RecordedOp::Kind::SetFontSize);
-}
-
-void RecordingTarget::SetFontBold(bool bold)
-{
-    m_fontBold = bold;
-    record(RecordedOp::Kind::SetFontBold);
-}
-
-void RecordingTarget::SetForeColor(const QColor& color)
-{
-    m_foreColor = color;
-    record(RecordedOp::Kind::SetForeColor);
-}
-
-void RecordingTarget::SetDrawWidth(int pixels)
-{
-    m_drawWidth = pixels;
-    record(RecordedOp::Kind::SetDrawWidth);
-}
-
-void RecordingTarget::SetDrawStyle(int style)
-{
-    m_drawStyle = style;
-    record(RecordedOp::Kind::SetDrawStyle);
+    // Every setting is logged, also one that sets a value again.
+    switch (item)
+    {
+    case StateItem::Font:
+        record(RecordedOp::Kind::SetFont);
+        break;
+    case StateItem::FontSize:
+        record(RecordedOp::Kind::SetFontSize);
+        break;
+    case StateItem::FontBold:
+        record(RecordedOp::Kind::SetFontBold);
+        break;
+    case StateItem::ForeColor:
+        record(RecordedOp::Kind::SetForeColor);
+        break;
+    case StateItem::DrawWidth:
+        record(RecordedOp::Kind::SetDrawWidth);
+        break;
+    case StateItem::DrawStyle:
+        record(RecordedOp::Kind::SetDrawStyle);
+        break;
+    }
 }
 
 void RecordingTarget::Line(double x1, double y1, double x2, double y2, const QColor& color, bool box)

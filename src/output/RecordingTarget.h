@@ -102,14 +102,6 @@ public:
     double TextWidth(const QString& text) override;
     double TextHeight(const QString& text) override;
 
-    void SetFont(const QString& typeface) override;
-    void SetFontSize(double points) override;
-    void SetFontBold(bool bold) override;
-
-    void SetForeColor(const QColor& color) override;
-    void SetDrawWidth(int pixels) override;
-    void SetDrawStyle(int style) override;
-
     void Line(double x1, double y1, double x2, double y2, const QColor& color = QColor(), bool box = false) override;
     void PSet(double x, double y, const QColor& color = QColor()) override;
     void Circle(double x, double y, double radius, const QColor& color = QColor()) override;
@@ -120,6 +112,10 @@ public:
     void EndDoc() override;
 
     QString DeviceName() const override { return m_deviceName; }
+
+protected:
+    // Logs the setting as a state change.
+    void stateSet(StateItem item, bool changed) override;
 
 private:
     void record(RecordedOp::Kind kind, double x1 = 0, double y1 = 0, double x2 = 0, double y2 = 0,

@@ -9,7 +9,9 @@
 
 // What every output target keeps alike and reads back as its properties: the
 // current position, the font's name, size and weight, and the pen's colour,
-// width and style. Each target sets the font and the pen in its own way.
+// width and style. The font and the pen are set here for every target; each
+// setting is then handed to the target (stateSet), which applies it to its
+// device or logs it.
 class TargetState : public OutputTarget
 {
 public:
@@ -26,7 +28,29 @@ public:
     int DrawWidth() const override { return m_drawWidth; }
     int DrawStyle() const override { return m_drawStyle; }
 
+    void SetFont(const QString& typeface) final;
+    // A size that is no size (0 or less) leaves the size as it is.
+    void SetFontSize(double points) final;
+    void SetFontBold(bool bold) final;
+    void SetForeColor(const QColor& color) final;
+    void SetDrawWidth(int pixels) final;
+    void SetDrawStyle(int style) final;
+
 protected:
+    enum class StateItem
+    {
+        Font,
+        FontSize,
+        FontBold,
+        ForeColor,
+        DrawWidth,
+        DrawStyle
+    };
+
+    // After each setting of the font or the pen, with what was set and
+    // whether its value changed (setting a value again changes nothing).
+    virtual void stateSet(StateItem item, bool changed) = 0;
+
     // The state of a new target: the typeface at 10 points, regular, a black
     // solid pen one unit wide, at the origin.
     explicit TargetState(QString typeface)
