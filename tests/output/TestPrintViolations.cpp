@@ -1,3 +1,5 @@
+#include "ScriptedStorePrinting.h"
+
 #include "common/FakeReportStore.h"
 #include "common/FlaggedRecording.h"
 #include "common/TestMain.h"
@@ -121,18 +123,15 @@ class TestPrintViolations : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<ScopedTestStrings> m_strings;
-    std::unique_ptr<RecordingMessageService> m_boxes;
-    std::shared_ptr<FakeReportStore::Script> m_store;
-    std::unique_ptr<ScopedComponentRegistration> m_registration;
+    std::unique_ptr<ScriptedStorePrinting> m_printing;
 
     // The charts answer with the values given, one list per variable, and the
     // table with `visits` rows.
     void answer(const ReportInfo& info, const QList<QList<double>>& values, int visits = 10)
     {
         for (qsizetype i = 0; i < values.size(); ++i)
-            m_store->graph.insert(qint32(i) + 1, {kMean, kSD, kSD / kMean, Visits(values.at(i))});
-        m_store->table = TableVisits(info, visits);
+            m_printing->store->graph.insert(qint32(i) + 1, {kMean, kSD, kSD / kMean, Visits(values.at(i))});
+        m_printing->store->table = TableVisits(info, visits);
     }
 
     // The report printed on a recording printer without rules and with them.
@@ -155,23 +154,9 @@ class TestPrintViolations : public QObject
     }
 
 private slots:
-    void init()
-    {
-        Clock::pin(QDateTime(QDate(2024, 7, 1), QTime(9, 0)));
-        m_strings = std::make_unique<ScopedTestStrings>();
-        m_boxes = std::make_unique<RecordingMessageService>();
-        m_store = std::make_shared<FakeReportStore::Script>();
-        m_registration =
-            std::make_unique<ScopedComponentRegistration>(QCReportStore::ClassId, FakeReportStore::creator(m_store));
-    }
+    void init() { m_printing = std::make_unique<ScriptedStorePrinting>(); }
 
-    void cleanup()
-    {
-        m_registration.reset();
-        m_boxes.reset();
-        m_strings.reset();
-        Clock::pin(QDateTime());
-    }
+    void cleanup() { m_printing.reset(); }
 
     void aViolatingVisitIsAFilledDiscAndNothingElseChanges()
     {
@@ -232,7 +217,7 @@ private slots:
         QCOMPARE(Footers(target), QStringList({Footer(1), Footer(2)}));
         QCOMPARE(target.countOf(Kind::Disc), 0);
         QVERIFY(!target.texts().contains(QStringLiteral("T4130")));
-        QCOMPARE(m_store->calls,
+        QCOMPARE(m_printing->store->calls,
                  QStringList({QStringLiteral("GetGraphData 1 si=0"), QStringLiteral("GetTableData si=0")}));
     }
 
@@ -375,7 +360,7 @@ private slots:
 
     void dlcoTwelveAppliesToTheCatalogueVariableDlco()
     {
-        m_store->listVariables = [](bool, qint16) {
+        m_printing->store->listVariables = [](bool, qint16) {
             auto catalogue =
                 std::make_shared<Recordset>(QStringList{QStringLiteral("VarID"), QStringLiteral("VarUserName"),
                                                         QStringLiteral("VarUnit"), QStringLiteral("DecimalPlaces")});
@@ -392,13 +377,13 @@ private slots:
         // Fresh data sets for every preparation: each lets go of the last one's.
         const auto fresh = [this, &info] {
             for (int i = 1; i <= 3; ++i)
-                m_store->graph.insert(i, {kMean, 5, 0.5, Visits({10, 11.1, 10.9})});
-            m_store->table = TableVisits(info, 3);
+                m_printing->store->graph.insert(i, {kMean, 5, 0.5, Visits({10, 11.1, 10.9})});
+            m_printing->store->table = TableVisits(info, 3);
         };
         fresh();
         PreparedReport report;
         QVERIFY(PrepareReport(info, true, report, QCRuleSet{QCRule::RuleDlco12}));
-        QCOMPARE(m_store->calls.count(QStringLiteral("ListVariables si=1 0")), 1);
+        QCOMPARE(m_printing->store->calls.count(QStringLiteral("ListVariables si=1 0")), 1);
         QCOMPARE(report.Graphs.at(0).Violations.size(), 1);
         QCOMPARE(report.Graphs.at(1).Violations.size(), 1);
         QCOMPARE(report.Graphs.at(2).Violations.size(), 0);
@@ -410,10 +395,10 @@ private slots:
         QVERIFY(report.Violations.Rows.isEmpty());
 
         // Without DLCO-12 the catalogue is not asked.
-        m_store->calls.clear();
+        m_printing->store->calls.clear();
         fresh();
         QVERIFY(PrepareReport(info, true, report, QCRuleSet{QCRule::Rule13s}));
-        QVERIFY(!m_store->calls.join(QLatin1Char('|')).contains(QStringLiteral("ListVariables")));
+        QVERIFY(!m_printing->store->calls.join(QLatin1Char('|')).contains(QStringLiteral("ListVariables")));
     }
 
     void thePreviewShowsAndPrintsTheViolationPages()
@@ -449,7 +434,7 @@ private slots:
     {
         const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {{10, 13.5, 10}});
-        m_store->table = nullptr;
+        m_printing->store->table = nullptr;
         RecordingTarget picture;
         PreparedReport report;
         QVERIFY(PrepareReportPreview(picture, info, false, report, QCRuleSet{QCRule::Rule13s}));

@@ -1,5 +1,6 @@
 #include "PanelFixture.h"
 
+#include "common/ComboItemTexts.h"
 #include "common/TestMain.h"
 #include "platform/RuntimeError.h"
 #include "platform/SIUnitSetting.h"
@@ -9,14 +10,6 @@
 
 namespace
 {
-QStringList itemTexts(const QComboBox* list)
-{
-    QStringList texts;
-    for (int i = 0; i < list->count(); ++i)
-        texts.append(list->itemText(i));
-    return texts;
-}
-
 QStringList rowTexts(const FlexGrid& grid, int row)
 {
     QStringList texts;
@@ -47,9 +40,9 @@ private slots:
     {
         PanelFixture f;
         f.load();
-        QCOMPARE(itemTexts(f.panel.cboReports[0]),
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[0]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Spirometry QC"), QStringLiteral("Flow QC")}));
-        QCOMPARE(itemTexts(f.panel.cboReports[1]),
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[1]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Exercise QC")}));
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 1), 1);
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 2), 2);
@@ -65,9 +58,9 @@ private slots:
                                {QStringLiteral("Null type"), QVariant(), 2}});
         };
         f.load();
-        QCOMPARE(itemTexts(f.panel.cboReports[0]),
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[0]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Empty type"), QStringLiteral("Null type")}));
-        QCOMPARE(itemTexts(f.panel.cboReports[1]), QStringList({QStringLiteral("(T4114)"), QStringLiteral("Typed")}));
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[1]), QStringList({QStringLiteral("(T4114)"), QStringLiteral("Typed")}));
     }
 
     void listingYieldsAndClosesTheList()

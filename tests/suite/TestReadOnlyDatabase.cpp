@@ -48,6 +48,13 @@ private:
         return info;
     }
 
+    // The demo database as the file qc.sqlite in the folder that is to become read-only.
+    static void fillDemoIn(SuiteTestDatabase& test, const ScopedReadOnlyFolder& folder)
+    {
+        test.setValue(QStringLiteral("Database Name"), folder.filePath(QStringLiteral("qc.sqlite")));
+        test.fillDemo();
+    }
+
     // Everything of a report and a subject's choice works.
     static void servesReports(NorrixCalcEngine& engine)
     {
@@ -79,8 +86,7 @@ private slots:
         if (!folder.usable())
             QSKIP(qPrintable(QStringLiteral("no read-only folder can be had: ") + folder.whyNot()));
         SuiteTestDatabase test;
-        test.setValue(QStringLiteral("Database Name"), folder.filePath(QStringLiteral("qc.sqlite")));
-        test.fillDemo();
+        fillDemoIn(test, folder);
         const int entries = auditEntries(test);
         // The workstation starts while the database is read-only.
         SuiteDatabase::closeAllConnections();
@@ -141,8 +147,7 @@ private slots:
         if (!folder.usable())
             QSKIP(qPrintable(QStringLiteral("no read-only folder can be had: ") + folder.whyNot()));
         SuiteTestDatabase test;
-        test.setValue(QStringLiteral("Database Name"), folder.filePath(QStringLiteral("qc.sqlite")));
-        test.fillDemo();
+        fillDemoIn(test, folder);
         NorrixCalcEngine engine;
         QVERIFY(engine.HasRight(501));
         // A mount cannot become read-only while a file on it is open for
@@ -161,8 +166,7 @@ private slots:
         if (!folder.usable())
             QSKIP(qPrintable(QStringLiteral("no read-only folder can be had: ") + folder.whyNot()));
         SuiteTestDatabase test;
-        test.setValue(QStringLiteral("Database Name"), folder.filePath(QStringLiteral("qc.sqlite")));
-        test.fillDemo();
+        fillDemoIn(test, folder);
         SuiteDatabase::closeAllConnections();
         // The file itself stays writable, but its journal cannot be made beside it.
         if (!folder.makeFolderReadOnly())
