@@ -1,3 +1,5 @@
+#include "HalfYearRequest.h"
+#include "LitreVariable.h"
 #include "ScriptedStorePrinting.h"
 
 #include "common/FakeReportStore.h"
@@ -26,28 +28,19 @@ constexpr int kVisits = 45;
 
 ReportVariable Variable(const QString& name, bool inGraph, bool inTable)
 {
-    ReportVariable variable;
-    variable.TableName = QStringLiteral("Pre");
-    variable.VarName = name;
-    variable.Unit = QStringLiteral("L");
+    ReportVariable variable = LitreVariable(QStringLiteral("Pre"), name);
     variable.ShowInGraph = inGraph;
     variable.ShowInTable = inTable;
-    variable.DecimalPlaces = 2;
     return variable;
 }
 
 // FVC1..FVC<graphs> in graph and table, then FVC<graphs + 1>.. in the table only.
 ReportInfo Info(int graphs, int tableOnly = 0)
 {
-    ReportInfo info;
-    info.TestTab = 0;
-    info.PatientName = QStringLiteral("Adam Q Control");
-    info.PatientID = QStringLiteral("QC001");
-    info.FromDate = QStringLiteral("01/01/2024");
-    info.ToDate = QStringLiteral("06/30/2024");
+    QList<ReportVariable> variables;
     for (int i = 1; i <= graphs + tableOnly; ++i)
-        info.Variables.append(Variable(QStringLiteral("FVC%1").arg(i), i <= graphs, true));
-    return info;
+        variables.append(Variable(QStringLiteral("FVC%1").arg(i), i <= graphs, true));
+    return HalfYearRequest(variables);
 }
 
 QDate VisitDate(int n)

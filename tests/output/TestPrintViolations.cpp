@@ -1,3 +1,5 @@
+#include "HalfYearRequest.h"
+#include "LitreVariable.h"
 #include "ScriptedStorePrinting.h"
 
 #include "common/FakeReportStore.h"
@@ -49,27 +51,9 @@ RecordsetPtr Visits(const QList<double>& values)
 
 ReportVariable Variable(const QString& table, const QString& name, qint32 paramsDefId)
 {
-    ReportVariable variable;
-    variable.TableName = table;
-    variable.VarName = name;
+    ReportVariable variable = LitreVariable(table, name);
     variable.ParamsDefID = paramsDefId;
-    variable.Unit = QStringLiteral("L");
-    variable.ShowInGraph = true;
-    variable.ShowInTable = true;
-    variable.DecimalPlaces = 2;
     return variable;
-}
-
-ReportInfo Info(const QList<ReportVariable>& variables)
-{
-    ReportInfo info;
-    info.TestTab = 0;
-    info.PatientName = QStringLiteral("Adam Q Control");
-    info.PatientID = QStringLiteral("QC001");
-    info.FromDate = QStringLiteral("01/01/2024");
-    info.ToDate = QStringLiteral("06/30/2024");
-    info.Variables = variables;
-    return info;
 }
 
 RecordsetPtr TableVisits(const ReportInfo& info, int visits)
@@ -161,7 +145,7 @@ private slots:
     void aViolatingVisitIsAFilledDiscAndNothingElseChanges()
     {
         // Visit 2 is beyond 3 SD; visit 5 is a zero reading and has no marker.
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         const auto printed = printBoth(info, {{10, 13.5, 10.2, 9.8, 0, 10.1}}, QCRuleSet{QCRule::Rule13s});
         QVERIFY(printed);
         const RecordingTarget& with = printed->with;
@@ -203,7 +187,7 @@ private slots:
 
     void withoutRulesNothingIsCheckedAndNothingAsked()
     {
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("DLCO"), 18)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("DLCO"), 18)});
         answer(info, {{10, 13.5, 6}});
         PreparedReport report;
         QVERIFY(PrepareReport(info, false, report));
@@ -224,10 +208,10 @@ private slots:
     void violationPagesFollowTheTableInDateOrderNumberedOn()
     {
         // Four charts make two graph pages, 45 visits two table pages.
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1),
-                                      Variable(QStringLiteral("Post"), QStringLiteral("FEV1"), 2),
-                                      Variable(QStringLiteral("Pre"), QStringLiteral("PEF"), 3),
-                                      Variable(QStringLiteral("Pre"), QStringLiteral("SVC"), 4)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1),
+                                                 Variable(QStringLiteral("Post"), QStringLiteral("FEV1"), 2),
+                                                 Variable(QStringLiteral("Pre"), QStringLiteral("PEF"), 3),
+                                                 Variable(QStringLiteral("Pre"), QStringLiteral("SVC"), 4)});
         // FEV1 breaks 1-3s at visit 2, FVC breaks 2-2s at visits 3 and 4, SVC
         // 1-3s and 2-2s at visits 2 and 3 (13.25 and 12.125).
         answer(info,
@@ -304,7 +288,7 @@ private slots:
 
     void aPeriodWithoutViolationsSaysSoOnOnePage()
     {
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {{10, 10.5, 9.5, 11.9, 8.1}});
         RecordingTarget target;
         QVERIFY(PrintReport(target, info, false, QCRuleSet{QCRule::Rule12s, QCRule::Rule13s}));
@@ -325,7 +309,7 @@ private slots:
         QList<double> values;
         for (int n = 0; n < 100; ++n)
             values.append(n % 2 == 0 ? 12.5 : 7.5);
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {values}, 10);
         PreparedReport report;
         QVERIFY(PrepareReport(info, false, report, QCRuleSet{QCRule::Rule12s}));
@@ -371,9 +355,9 @@ private slots:
         };
         // DLCO of Pre and of Post (its name made unique), and KCO: each has a
         // reading 1.1 from its mean of 10, beyond the SI limit of 1.
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("DLCO"), 18),
-                                      Variable(QStringLiteral("Post"), QStringLiteral("DLCO (1)"), 18),
-                                      Variable(QStringLiteral("Pre"), QStringLiteral("KCO"), 19)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("DLCO"), 18),
+                                                 Variable(QStringLiteral("Post"), QStringLiteral("DLCO (1)"), 18),
+                                                 Variable(QStringLiteral("Pre"), QStringLiteral("KCO"), 19)});
         // Fresh data sets for every preparation: each lets go of the last one's.
         const auto fresh = [this, &info] {
             for (int i = 1; i <= 3; ++i)
@@ -403,7 +387,7 @@ private slots:
 
     void thePreviewShowsAndPrintsTheViolationPages()
     {
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {{10, 13.5, 10}}, 45);
         RecordingTarget picture;
         PreparedReport report;
@@ -432,7 +416,7 @@ private slots:
 
     void aPreviewWhoseTableFailsStillListsTheViolations()
     {
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {{10, 13.5, 10}});
         m_printing->store->table = nullptr;
         RecordingTarget picture;
@@ -447,7 +431,7 @@ private slots:
 
     void releasingTheGraphsLetsGoOfTheViolations()
     {
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {{10, 13.5, 10}});
         RecordingTarget picture;
         PreparedReport report;

@@ -432,7 +432,8 @@ private slots:
         QCOMPARE(f.boxes.last().style, 36);
         QCOMPARE(f.boxes.last().title, QStringLiteral("T4058"));
         QCOMPARE(callsSince(f, from), QStringList({QStringLiteral("DeleteReport 1")}));
-        QCOMPARE(ComboItemTexts(f.panel.cboReports[0]), QStringList({QStringLiteral("(T4114)"), QStringLiteral("Flow QC")}));
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[0]),
+                 QStringList({QStringLiteral("(T4114)"), QStringLiteral("Flow QC")}));
         QCOMPARE(f.panel.cboReports[0]->currentIndex(), 0);
         QCOMPARE(f.grid(0).Rows(), 2);
         QVERIFY(!f.panel.cmdDelete->isEnabled());

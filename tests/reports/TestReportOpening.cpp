@@ -60,7 +60,8 @@ private slots:
         f.load();
         QCOMPARE(ComboItemTexts(f.panel.cboReports[0]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Empty type"), QStringLiteral("Null type")}));
-        QCOMPARE(ComboItemTexts(f.panel.cboReports[1]), QStringList({QStringLiteral("(T4114)"), QStringLiteral("Typed")}));
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[1]),
+                 QStringList({QStringLiteral("(T4114)"), QStringLiteral("Typed")}));
     }
 
     void listingYieldsAndClosesTheList()

@@ -35,10 +35,7 @@ class TestReportRunPreview : public QObject
     }
 
 private slots:
-    void init()
-    {
-        f = std::make_unique<ShownReportRun>();
-    }
+    void init() { f = std::make_unique<ShownReportRun>(); }
 
     void cleanup() { f.reset(); }
 
