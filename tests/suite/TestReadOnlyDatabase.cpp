@@ -1,6 +1,7 @@
 #include "common/TestMain.h"
 
 #include "NorrixDBQueryRun.h"
+#include "OpenedDefinition.h"
 #include "SuiteTestDatabase.h"
 #include "common/ScopedReadOnlyFolder.h"
 #include "platform/RuntimeError.h"
@@ -30,21 +31,8 @@ private:
     {
         RecordsetPtr list = store.ListReports();
         id = list->Value(QStringLiteral("QCReportID")).toInt();
-        qint32 tab = 0;
-        RecordsetPtr rows = store.OpenReport(id, false, tab);
-        ReportInfo info;
-        info.TestTab = qint16(tab);
-        info.PatientID = tab == 0 ? QStringLiteral("QC001") : QStringLiteral("QC002");
-        for (; !rows->IsEOF(); rows->MoveNext())
-        {
-            ReportVariable variable;
-            variable.TableID = rows->Value(QStringLiteral("QCTableID")).toInt();
-            variable.ParamsDefID = rows->Value(QStringLiteral("ParamsDefID")).toInt();
-            variable.VarName = rows->Value(QStringLiteral("ParamsUserName")).toString();
-            variable.ShowInGraph = rows->Value(QStringLiteral("ShowInGraph")).toBool();
-            variable.ShowInTable = rows->Value(QStringLiteral("ShowInTable")).toBool();
-            info.Variables.append(variable);
-        }
+        ReportInfo info = OpenedDefinition(store, id);
+        info.PatientID = info.TestTab == 0 ? QStringLiteral("QC001") : QStringLiteral("QC002");
         return info;
     }
 
