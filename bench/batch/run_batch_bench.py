@@ -37,6 +37,8 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 REPO = os.path.dirname(os.path.dirname(HERE))
+sys.path.insert(0, os.path.join(REPO, "bench", "common"))
+from results_section import write_section  # noqa: E402
 SYS_PY = "/usr/bin/python3"  # Debian's python3, the one python3-matplotlib is installed for
 BEGIN_MARK = "<!-- batch benchmark: begin -->"
 END_MARK = "<!-- batch benchmark: end -->"
@@ -142,19 +144,8 @@ def pdf_pages(folder):
 
 def write_results(path, lines):
     section = "\n".join([BEGIN_MARK] + lines + [END_MARK]) + "\n"
-    text = open(path).read() if os.path.exists(path) else ""
-    if BEGIN_MARK in text and END_MARK in text:
-        before = text[:text.index(BEGIN_MARK)]
-        after = text[text.index(END_MARK) + len(END_MARK):].lstrip("\n")
-        text = before + section + ("\n" + after if after else "")
-    elif LAB_SECTION in text:
-        # The lab-scale benchmark's section runs to the end of the file: this one goes before it.
-        at = text.index(LAB_SECTION)
-        text = text[:at] + section + "\n" + text[at:]
-    else:
-        text = text.rstrip("\n") + ("\n\n" if text else "") + section
-    with open(path, "w") as f:
-        f.write(text)
+    # The lab-scale benchmark's section runs to the end of the file: this one goes before it.
+    write_section(path, section, BEGIN_MARK, END_MARK, before=LAB_SECTION)
 
 
 def main():

@@ -36,6 +36,8 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 REPO = os.path.dirname(os.path.dirname(HERE))
+sys.path.insert(0, os.path.join(REPO, "bench", "common"))
+from results_section import write_section  # noqa: E402
 BEGIN_MARK = "<!-- import benchmark: begin -->"
 END_MARK = "<!-- import benchmark: end -->"
 
@@ -208,17 +210,7 @@ def write_results(path, rows, args, csv_path, readings, load_before, load_after)
             lines.append(f"- {backend}: the import took {r['wall_s']:.1f} s (for information; the time target is "
                          f"SQLite's), {memory}.")
     lines.append(END_MARK)
-    section = "\n".join(lines) + "\n"
-
-    text = open(path).read() if os.path.exists(path) else ""
-    if BEGIN_MARK in text and END_MARK in text:
-        before = text[:text.index(BEGIN_MARK)]
-        after = text[text.index(END_MARK) + len(END_MARK):].lstrip("\n")
-        text = before + section + ("\n" + after if after else "")
-    else:
-        text = text.rstrip("\n") + ("\n\n" if text else "") + section
-    with open(path, "w") as f:
-        f.write(text)
+    write_section(path, "\n".join(lines) + "\n", BEGIN_MARK, END_MARK)
 
 
 def main():

@@ -1,4 +1,4 @@
-#include "ScopedServerSession.h"
+#include "OtherSqliteWriter.h"
 #include "SuiteWindow.h"
 
 #include "common/TestMain.h"
@@ -9,8 +9,6 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QProcess>
-#include <QStandardPaths>
 
 // The real window on a demo database that another program is writing: Save
 // waits no longer than "Database Timeout Seconds", ends with the program's
@@ -24,12 +22,11 @@ private slots:
 
     void aSaveBlockedByAnotherWriterEndsWithTheMessage()
     {
-        const QString sqlite = QStandardPaths::findExecutable(QStringLiteral("sqlite3"));
-        if (sqlite.isEmpty())
+        if (!OtherSqliteWriter::shellInstalled())
             QSKIP("the sqlite3 program (Debian package sqlite3) writes from another process");
         ProgramState state;
         ScopedRegistryFile registry;
-        const QString database = registry.useDemoDatabase();
+        registry.useDemoDatabase();
         registry.setValue(QStringLiteral("Database Timeout Seconds"), 1);
         QVERIFY(RunProcess(frmMain::DatabaseQueryCommandLine(QCoreApplication::applicationDirPath()), true));
         RegisterSuiteComponents();
@@ -42,20 +39,8 @@ private slots:
         const int rows = tabs.msfgVariable[0]->Rows();
 
         // Another program begins writing and keeps the file's write lock.
-        QProcess writer;
-        writer.start(sqlite, {database});
-        QVERIFY(writer.waitForStarted());
-        writer.write("BEGIN IMMEDIATE;\nINSERT INTO audit_log (logged_at, user_name, application, event_kind) "
-                     "VALUES ('2025-01-01 00:00:00', 'other', 1, 'writing');\n");
-        ScopedServerSession probe(SuiteSettings::fromRegistry(), QStringLiteral("probe"));
-        QVERIFY(probe.exec(QStringLiteral("PRAGMA busy_timeout = 0")));
-        const auto otherWrites = [&probe] {
-            if (!probe.exec(QStringLiteral("BEGIN IMMEDIATE")))
-                return true;
-            probe.exec(QStringLiteral("ROLLBACK"));
-            return false;
-        };
-        QTRY_VERIFY_WITH_TIMEOUT(otherWrites(), 10000);
+        OtherSqliteWriter writer(SuiteSettings::fromRegistry());
+        QVERIFY2(writer.writing(), qPrintable(writer.whyNot()));
 
         QElapsedTimer clock;
         clock.start();
@@ -75,9 +60,7 @@ private slots:
         QVERIFY(tabs.msfgVariable[0]->Rows() > 2);
 
         // Once the other program is done, Save saves.
-        writer.write("COMMIT;\n.quit\n");
-        writer.closeWriteChannel();
-        QVERIFY(writer.waitForFinished());
+        QVERIFY(writer.commit());
         const qint32 second = ComboList::ItemData(tabs.cboReports[0], 2);
         tabs.cmdSave->click();
         QCOMPARE(boxes.count(), 1);

@@ -1,18 +1,10 @@
+#include "EditingControls.h"
 #include "MainWindowFixture.h"
 
 #include "common/TestMain.h"
 #include "widgets/ComboList.h"
 
 #include <QSignalSpy>
-
-namespace
-{
-const char* const kEditingControls[] = {
-    "cmdNew",          "cmdSave",         "cmdSaveAs",    "cmdDelete",    "cboTable(0)",     "cboTable(1)",
-    "cboVariable(0)",  "cboVariable(1)",  "cmdVarAdd(0)", "cmdVarAdd(1)", "cmdVarUpdate(0)", "cmdVarUpdate(1)",
-    "cmdVarRemove(0)", "cmdVarRemove(1)", "chkShowIn(0)", "chkShowIn(1)", "chkShowIn(2)",    "chkShowIn(3)",
-};
-} // namespace
 
 class TestMainWindowState : public QObject
 {

@@ -1,3 +1,4 @@
+#include "EditingControls.h"
 #include "SuiteWindow.h"
 
 #include "common/ScopedReadOnlyFolder.h"
@@ -10,15 +11,6 @@
 #include "widgets/ComboList.h"
 
 #include <QCoreApplication>
-
-namespace
-{
-const char* const kEditingControls[] = {
-    "cmdNew",          "cmdSave",         "cmdSaveAs",    "cmdDelete",    "cboTable(0)",     "cboTable(1)",
-    "cboVariable(0)",  "cboVariable(1)",  "cmdVarAdd(0)", "cmdVarAdd(1)", "cmdVarUpdate(0)", "cmdVarUpdate(1)",
-    "cmdVarRemove(0)", "cmdVarRemove(1)", "chkShowIn(0)", "chkShowIn(1)", "chkShowIn(2)",    "chkShowIn(3)",
-};
-} // namespace
 
 // The real window on a demo database that cannot be written (a read-only
 // file, folder or mount): it starts, says once why editing is off, chooses a

@@ -1,3 +1,7 @@
+#include "HalfYearRequest.h"
+#include "LitreVariable.h"
+#include "ScriptedStorePrinting.h"
+
 #include "common/FakeReportStore.h"
 #include "common/TestMain.h"
 #include "common/TestStrings.h"
@@ -24,28 +28,19 @@ constexpr int kVisits = 45;
 
 ReportVariable Variable(const QString& name, bool inGraph, bool inTable)
 {
-    ReportVariable variable;
-    variable.TableName = QStringLiteral("Pre");
-    variable.VarName = name;
-    variable.Unit = QStringLiteral("L");
+    ReportVariable variable = LitreVariable(QStringLiteral("Pre"), name);
     variable.ShowInGraph = inGraph;
     variable.ShowInTable = inTable;
-    variable.DecimalPlaces = 2;
     return variable;
 }
 
 // FVC1..FVC<graphs> in graph and table, then FVC<graphs + 1>.. in the table only.
 ReportInfo Info(int graphs, int tableOnly = 0)
 {
-    ReportInfo info;
-    info.TestTab = 0;
-    info.PatientName = QStringLiteral("Adam Q Control");
-    info.PatientID = QStringLiteral("QC001");
-    info.FromDate = QStringLiteral("01/01/2024");
-    info.ToDate = QStringLiteral("06/30/2024");
+    QList<ReportVariable> variables;
     for (int i = 1; i <= graphs + tableOnly; ++i)
-        info.Variables.append(Variable(QStringLiteral("FVC%1").arg(i), i <= graphs, true));
-    return info;
+        variables.append(Variable(QStringLiteral("FVC%1").arg(i), i <= graphs, true));
+    return HalfYearRequest(variables);
 }
 
 QDate VisitDate(int n)
@@ -181,37 +176,20 @@ class TestPrintReport : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<ScopedTestStrings> m_strings;
-    std::unique_ptr<RecordingMessageService> m_boxes;
-    std::shared_ptr<FakeReportStore::Script> m_store;
-    std::unique_ptr<ScopedComponentRegistration> m_registration;
+    std::unique_ptr<ScriptedStorePrinting> m_printing;
 
     // Every charted variable answers with ten weekly visits; the table with `visits` rows.
     void answer(const ReportInfo& info, int visits = kVisits)
     {
         for (int i = 1; i <= info.VariableCount(); ++i)
-            m_store->graph.insert(i, {4.1, 0.08, 0.02, GraphVisits()});
-        m_store->table = TableVisits(info, visits);
+            m_printing->store->graph.insert(i, {4.1, 0.08, 0.02, GraphVisits()});
+        m_printing->store->table = TableVisits(info, visits);
     }
 
 private slots:
-    void init()
-    {
-        Clock::pin(QDateTime(QDate(2024, 7, 1), QTime(9, 0)));
-        m_strings = std::make_unique<ScopedTestStrings>();
-        m_boxes = std::make_unique<RecordingMessageService>();
-        m_store = std::make_shared<FakeReportStore::Script>();
-        m_registration =
-            std::make_unique<ScopedComponentRegistration>(QCReportStore::ClassId, FakeReportStore::creator(m_store));
-    }
+    void init() { m_printing = std::make_unique<ScriptedStorePrinting>(); }
 
-    void cleanup()
-    {
-        m_registration.reset();
-        m_boxes.reset();
-        m_strings.reset();
-        Clock::pin(QDateTime());
-    }
+    void cleanup() { m_printing.reset(); }
 
     void asksTheStoreForEachChartThenForTheTable()
     {
@@ -221,17 +199,17 @@ private slots:
         answer(info);
         RecordingTarget target;
         QVERIFY(PrintReport(target, info, true));
-        QCOMPARE(m_store->calls,
+        QCOMPARE(m_printing->store->calls,
                  QStringList({QStringLiteral("GetGraphData 1 si=1"), QStringLiteral("GetGraphData 2 si=1"),
                               QStringLiteral("GetGraphData 4 si=1"), QStringLiteral("GetTableData si=1")}));
 
-        m_store->calls.clear();
+        m_printing->store->calls.clear();
         RecordingTarget conventional;
         QVERIFY(PrintReport(conventional, info, false));
-        QCOMPARE(m_store->calls.last(), QStringLiteral("GetTableData si=0"));
-        QCOMPARE(m_store->calls.first(), QStringLiteral("GetGraphData 1 si=0"));
+        QCOMPARE(m_printing->store->calls.last(), QStringLiteral("GetTableData si=0"));
+        QCOMPARE(m_printing->store->calls.first(), QStringLiteral("GetGraphData 1 si=0"));
         // Nothing but the run's own preparation: the pages are drawn from what it fetched.
-        QCOMPARE(m_store->calls.size(), 4);
+        QCOMPARE(m_printing->store->calls.size(), 4);
     }
 
     void graphPagesFirstThenTablePagesNumberedOn()
@@ -278,7 +256,7 @@ private slots:
         // The job ends once, after the last page.
         QCOMPARE(target.countOf(Kind::EndDoc), 1);
         QCOMPARE(target.ops().back().kind, Kind::EndDoc);
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_printing->boxes.count(), 0);
     }
 
     void threeChartsFillOnePage()
@@ -298,7 +276,7 @@ private slots:
         answer(info);
         RecordingTarget target;
         QVERIFY(!PrintReport(target, info, false));
-        QCOMPARE(m_store->calls, QStringList());
+        QCOMPARE(m_printing->store->calls, QStringList());
         QVERIFY(target.ops().empty());
     }
 
@@ -306,10 +284,10 @@ private slots:
     {
         const ReportInfo info = Info(2);
         answer(info);
-        m_store->failOn = QStringLiteral("GetGraphData 2");
+        m_printing->store->failOn = QStringLiteral("GetGraphData 2");
         RecordingTarget target;
         QVERIFY_THROWS_EXCEPTION(RuntimeError, PrintReport(target, info, false));
-        QVERIFY(!m_store->calls.contains(QStringLiteral("GetTableData si=0")));
+        QVERIFY(!m_printing->store->calls.contains(QStringLiteral("GetTableData si=0")));
         QVERIFY(target.ops().empty());
     }
 
@@ -317,15 +295,15 @@ private slots:
     {
         const ReportInfo info = Info(2);
         answer(info);
-        m_store->table = nullptr;
+        m_printing->store->table = nullptr;
         RecordingTarget target;
         QVERIFY(!PrintReport(target, info, false));
-        QCOMPARE(m_store->calls.last(), QStringLiteral("GetTableData si=0"));
+        QCOMPARE(m_printing->store->calls.last(), QStringLiteral("GetTableData si=0"));
         QVERIFY(target.ops().empty());
 
         // A store that fails on the table is no error of the run: it just does not print.
         answer(info);
-        m_store->failOn = QStringLiteral("GetTableData");
+        m_printing->store->failOn = QStringLiteral("GetTableData");
         QVERIFY(!PrintReport(target, info, false));
         QVERIFY(target.ops().empty());
     }
@@ -335,7 +313,7 @@ private slots:
         // The series are there but none has a data set: no graph page at all.
         const ReportInfo info = Info(2);
         answer(info);
-        m_store->graph.clear();
+        m_printing->store->graph.clear();
         RecordingTarget target;
         QVERIFY(PrintReport(target, info, false));
         QCOMPARE(Footers(target), QStringList({Footer(1), Footer(2)}));
@@ -382,7 +360,7 @@ private slots:
         QCOMPARE(printer.countOf(Kind::EndDoc), 1);
         QCOMPARE(printer.ops().back().kind, Kind::EndDoc);
         // No second preparation.
-        QCOMPARE(m_store->calls,
+        QCOMPARE(m_printing->store->calls,
                  QStringList({QStringLiteral("GetGraphData 1 si=0"), QStringLiteral("GetTableData si=0")}));
     }
 
@@ -390,7 +368,7 @@ private slots:
     {
         const ReportInfo info = Info(4);
         answer(info);
-        m_store->table = nullptr;
+        m_printing->store->table = nullptr;
         RecordingTarget picture;
         PreparedReport report;
         QVERIFY(PrepareReportPreview(picture, info, false, report));
@@ -407,7 +385,7 @@ private slots:
         RecordingTarget picture;
         PreparedReport report;
         QVERIFY(!PrepareReportPreview(picture, info, false, report));
-        QCOMPARE(m_store->calls, QStringList());
+        QCOMPARE(m_printing->store->calls, QStringList());
         QVERIFY(picture.ops().empty());
     }
 
@@ -453,9 +431,9 @@ private slots:
     {
         const ReportInfo info = Info(2);
         answer(info);
-        const RecordsetPtr chart1 = m_store->graph.value(1).data;
-        const RecordsetPtr chart2 = m_store->graph.value(2).data;
-        const RecordsetPtr table = m_store->table;
+        const RecordsetPtr chart1 = m_printing->store->graph.value(1).data;
+        const RecordsetPtr chart2 = m_printing->store->graph.value(2).data;
+        const RecordsetPtr table = m_printing->store->table;
         RecordingTarget picture;
         PreparedReport report;
         QVERIFY(PrepareReportPreview(picture, info, false, report));
@@ -483,8 +461,8 @@ private slots:
     {
         const ReportInfo first = Info(2);
         answer(first);
-        const RecordsetPtr oldChart = m_store->graph.value(1).data;
-        const RecordsetPtr oldTable = m_store->table;
+        const RecordsetPtr oldChart = m_printing->store->graph.value(1).data;
+        const RecordsetPtr oldTable = m_printing->store->table;
         RecordingTarget picture;
         PreparedReport report;
         QVERIFY(PrepareReportPreview(picture, first, false, report));
@@ -501,7 +479,7 @@ private slots:
         QVERIFY(report.Table.Data->IsOpen());
 
         // Print's preparation lets go of the preview's.
-        const RecordsetPtr previewTable = m_store->table;
+        const RecordsetPtr previewTable = m_printing->store->table;
         answer(second);
         QVERIFY(PrepareReport(second, false, report));
         QVERIFY(!previewTable->IsOpen());
@@ -516,9 +494,9 @@ private slots:
         RecordingTarget picture;
         PreparedReport report;
         QVERIFY(PrepareReportPreview(picture, info, false, report));
-        m_store->calls.clear();
+        m_printing->store->calls.clear();
         QVERIFY(!PrepareReportPreview(picture, Info(0, 1), false, report));
-        QCOMPARE(m_store->calls, QStringList());
+        QCOMPARE(m_printing->store->calls, QStringList());
         QVERIFY(report.Graphs.empty());
         QVERIFY(report.Table.Data && report.Table.Data->IsOpen());
     }
@@ -534,7 +512,7 @@ private slots:
         QVERIFY(oldTable);
 
         answer(info);
-        m_store->failOn = QStringLiteral("GetTableData");
+        m_printing->store->failOn = QStringLiteral("GetTableData");
         QVERIFY(PrepareReportPreview(picture, info, false, report));
         QVERIFY(!oldTable->IsOpen());
         QVERIFY(!report.Table.Data);

@@ -1,3 +1,7 @@
+#include "HalfYearRequest.h"
+#include "LitreVariable.h"
+#include "ScriptedStorePrinting.h"
+
 #include "common/FakeReportStore.h"
 #include "common/FlaggedRecording.h"
 #include "common/TestMain.h"
@@ -47,27 +51,9 @@ RecordsetPtr Visits(const QList<double>& values)
 
 ReportVariable Variable(const QString& table, const QString& name, qint32 paramsDefId)
 {
-    ReportVariable variable;
-    variable.TableName = table;
-    variable.VarName = name;
+    ReportVariable variable = LitreVariable(table, name);
     variable.ParamsDefID = paramsDefId;
-    variable.Unit = QStringLiteral("L");
-    variable.ShowInGraph = true;
-    variable.ShowInTable = true;
-    variable.DecimalPlaces = 2;
     return variable;
-}
-
-ReportInfo Info(const QList<ReportVariable>& variables)
-{
-    ReportInfo info;
-    info.TestTab = 0;
-    info.PatientName = QStringLiteral("Adam Q Control");
-    info.PatientID = QStringLiteral("QC001");
-    info.FromDate = QStringLiteral("01/01/2024");
-    info.ToDate = QStringLiteral("06/30/2024");
-    info.Variables = variables;
-    return info;
 }
 
 RecordsetPtr TableVisits(const ReportInfo& info, int visits)
@@ -121,18 +107,15 @@ class TestPrintViolations : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<ScopedTestStrings> m_strings;
-    std::unique_ptr<RecordingMessageService> m_boxes;
-    std::shared_ptr<FakeReportStore::Script> m_store;
-    std::unique_ptr<ScopedComponentRegistration> m_registration;
+    std::unique_ptr<ScriptedStorePrinting> m_printing;
 
     // The charts answer with the values given, one list per variable, and the
     // table with `visits` rows.
     void answer(const ReportInfo& info, const QList<QList<double>>& values, int visits = 10)
     {
         for (qsizetype i = 0; i < values.size(); ++i)
-            m_store->graph.insert(qint32(i) + 1, {kMean, kSD, kSD / kMean, Visits(values.at(i))});
-        m_store->table = TableVisits(info, visits);
+            m_printing->store->graph.insert(qint32(i) + 1, {kMean, kSD, kSD / kMean, Visits(values.at(i))});
+        m_printing->store->table = TableVisits(info, visits);
     }
 
     // The report printed on a recording printer without rules and with them.
@@ -155,28 +138,14 @@ class TestPrintViolations : public QObject
     }
 
 private slots:
-    void init()
-    {
-        Clock::pin(QDateTime(QDate(2024, 7, 1), QTime(9, 0)));
-        m_strings = std::make_unique<ScopedTestStrings>();
-        m_boxes = std::make_unique<RecordingMessageService>();
-        m_store = std::make_shared<FakeReportStore::Script>();
-        m_registration =
-            std::make_unique<ScopedComponentRegistration>(QCReportStore::ClassId, FakeReportStore::creator(m_store));
-    }
+    void init() { m_printing = std::make_unique<ScriptedStorePrinting>(); }
 
-    void cleanup()
-    {
-        m_registration.reset();
-        m_boxes.reset();
-        m_strings.reset();
-        Clock::pin(QDateTime());
-    }
+    void cleanup() { m_printing.reset(); }
 
     void aViolatingVisitIsAFilledDiscAndNothingElseChanges()
     {
         // Visit 2 is beyond 3 SD; visit 5 is a zero reading and has no marker.
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         const auto printed = printBoth(info, {{10, 13.5, 10.2, 9.8, 0, 10.1}}, QCRuleSet{QCRule::Rule13s});
         QVERIFY(printed);
         const RecordingTarget& with = printed->with;
@@ -218,7 +187,7 @@ private slots:
 
     void withoutRulesNothingIsCheckedAndNothingAsked()
     {
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("DLCO"), 18)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("DLCO"), 18)});
         answer(info, {{10, 13.5, 6}});
         PreparedReport report;
         QVERIFY(PrepareReport(info, false, report));
@@ -232,17 +201,17 @@ private slots:
         QCOMPARE(Footers(target), QStringList({Footer(1), Footer(2)}));
         QCOMPARE(target.countOf(Kind::Disc), 0);
         QVERIFY(!target.texts().contains(QStringLiteral("T4130")));
-        QCOMPARE(m_store->calls,
+        QCOMPARE(m_printing->store->calls,
                  QStringList({QStringLiteral("GetGraphData 1 si=0"), QStringLiteral("GetTableData si=0")}));
     }
 
     void violationPagesFollowTheTableInDateOrderNumberedOn()
     {
         // Four charts make two graph pages, 45 visits two table pages.
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1),
-                                      Variable(QStringLiteral("Post"), QStringLiteral("FEV1"), 2),
-                                      Variable(QStringLiteral("Pre"), QStringLiteral("PEF"), 3),
-                                      Variable(QStringLiteral("Pre"), QStringLiteral("SVC"), 4)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1),
+                                                 Variable(QStringLiteral("Post"), QStringLiteral("FEV1"), 2),
+                                                 Variable(QStringLiteral("Pre"), QStringLiteral("PEF"), 3),
+                                                 Variable(QStringLiteral("Pre"), QStringLiteral("SVC"), 4)});
         // FEV1 breaks 1-3s at visit 2, FVC breaks 2-2s at visits 3 and 4, SVC
         // 1-3s and 2-2s at visits 2 and 3 (13.25 and 12.125).
         answer(info,
@@ -319,7 +288,7 @@ private slots:
 
     void aPeriodWithoutViolationsSaysSoOnOnePage()
     {
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {{10, 10.5, 9.5, 11.9, 8.1}});
         RecordingTarget target;
         QVERIFY(PrintReport(target, info, false, QCRuleSet{QCRule::Rule12s, QCRule::Rule13s}));
@@ -340,7 +309,7 @@ private slots:
         QList<double> values;
         for (int n = 0; n < 100; ++n)
             values.append(n % 2 == 0 ? 12.5 : 7.5);
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {values}, 10);
         PreparedReport report;
         QVERIFY(PrepareReport(info, false, report, QCRuleSet{QCRule::Rule12s}));
@@ -375,7 +344,7 @@ private slots:
 
     void dlcoTwelveAppliesToTheCatalogueVariableDlco()
     {
-        m_store->listVariables = [](bool, qint16) {
+        m_printing->store->listVariables = [](bool, qint16) {
             auto catalogue =
                 std::make_shared<Recordset>(QStringList{QStringLiteral("VarID"), QStringLiteral("VarUserName"),
                                                         QStringLiteral("VarUnit"), QStringLiteral("DecimalPlaces")});
@@ -386,19 +355,19 @@ private slots:
         };
         // DLCO of Pre and of Post (its name made unique), and KCO: each has a
         // reading 1.1 from its mean of 10, beyond the SI limit of 1.
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("DLCO"), 18),
-                                      Variable(QStringLiteral("Post"), QStringLiteral("DLCO (1)"), 18),
-                                      Variable(QStringLiteral("Pre"), QStringLiteral("KCO"), 19)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("DLCO"), 18),
+                                                 Variable(QStringLiteral("Post"), QStringLiteral("DLCO (1)"), 18),
+                                                 Variable(QStringLiteral("Pre"), QStringLiteral("KCO"), 19)});
         // Fresh data sets for every preparation: each lets go of the last one's.
         const auto fresh = [this, &info] {
             for (int i = 1; i <= 3; ++i)
-                m_store->graph.insert(i, {kMean, 5, 0.5, Visits({10, 11.1, 10.9})});
-            m_store->table = TableVisits(info, 3);
+                m_printing->store->graph.insert(i, {kMean, 5, 0.5, Visits({10, 11.1, 10.9})});
+            m_printing->store->table = TableVisits(info, 3);
         };
         fresh();
         PreparedReport report;
         QVERIFY(PrepareReport(info, true, report, QCRuleSet{QCRule::RuleDlco12}));
-        QCOMPARE(m_store->calls.count(QStringLiteral("ListVariables si=1 0")), 1);
+        QCOMPARE(m_printing->store->calls.count(QStringLiteral("ListVariables si=1 0")), 1);
         QCOMPARE(report.Graphs.at(0).Violations.size(), 1);
         QCOMPARE(report.Graphs.at(1).Violations.size(), 1);
         QCOMPARE(report.Graphs.at(2).Violations.size(), 0);
@@ -410,15 +379,15 @@ private slots:
         QVERIFY(report.Violations.Rows.isEmpty());
 
         // Without DLCO-12 the catalogue is not asked.
-        m_store->calls.clear();
+        m_printing->store->calls.clear();
         fresh();
         QVERIFY(PrepareReport(info, true, report, QCRuleSet{QCRule::Rule13s}));
-        QVERIFY(!m_store->calls.join(QLatin1Char('|')).contains(QStringLiteral("ListVariables")));
+        QVERIFY(!m_printing->store->calls.join(QLatin1Char('|')).contains(QStringLiteral("ListVariables")));
     }
 
     void thePreviewShowsAndPrintsTheViolationPages()
     {
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {{10, 13.5, 10}}, 45);
         RecordingTarget picture;
         PreparedReport report;
@@ -447,9 +416,9 @@ private slots:
 
     void aPreviewWhoseTableFailsStillListsTheViolations()
     {
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {{10, 13.5, 10}});
-        m_store->table = nullptr;
+        m_printing->store->table = nullptr;
         RecordingTarget picture;
         PreparedReport report;
         QVERIFY(PrepareReportPreview(picture, info, false, report, QCRuleSet{QCRule::Rule13s}));
@@ -462,7 +431,7 @@ private slots:
 
     void releasingTheGraphsLetsGoOfTheViolations()
     {
-        const ReportInfo info = Info({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
         answer(info, {{10, 13.5, 10}});
         RecordingTarget picture;
         PreparedReport report;

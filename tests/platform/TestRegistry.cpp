@@ -1,5 +1,5 @@
+#include "common/ScopedTestMessages.h"
 #include "common/TestMain.h"
-#include "common/TestStrings.h"
 
 #include "platform/RecordingMessageService.h"
 #include "platform/Registry.h"
@@ -98,17 +98,9 @@ class TestRegistry : public QObject
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        m_strings = std::make_unique<ScopedTestStrings>();
-        m_boxes = std::make_unique<RecordingMessageService>();
-    }
+    void init() { m_messages = std::make_unique<ScopedTestMessages>(); }
 
-    void cleanup()
-    {
-        m_boxes.reset();
-        m_strings.reset();
-    }
+    void cleanup() { m_messages.reset(); }
 
     void readsStringWithEscapes()
     {
@@ -120,7 +112,7 @@ private slots:
         QCOMPARE(path.toString(), QStringLiteral("C:\\Norrix\\"));
         QCOMPARE(ReadCommonValue(QStringLiteral("Quoted"), true).toString(), QStringLiteral("say \"hi\""));
         QCOMPARE(ReadCommonValue(QStringLiteral("Plain Backslash"), true).toString(), QStringLiteral("a\\b"));
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void readsNonAsciiText()
@@ -137,7 +129,7 @@ private slots:
         QCOMPARE(port.typeId(), QMetaType::Int);
         QCOMPARE(port.toInt(), 5432);
         QCOMPARE(ReadCommonValue(QStringLiteral("Negative"), true).toInt(), -1);
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void numberOfOtherLengthsReadsAsTheSystemDoes()
@@ -147,7 +139,7 @@ private slots:
                                               "\"Long\"=hex(4):01,00,00,00,00\n"));
         QCOMPARE(ReadCommonValue(QStringLiteral("Short"), true), QVariant(qint32(42)));
         QVERIFY(!ReadCommonValue(QStringLiteral("Long"), true).isValid());
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void binaryIsEmptyWithoutMessage()
@@ -159,7 +151,7 @@ private slots:
 
         QVERIFY(!ReadCommonValue(QStringLiteral("Blob"), true).isValid());
         QVERIFY(!ReadCommonValue(QStringLiteral("Blob"), false).isValid());
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void expandStringIsEmptyWithoutMessage()
@@ -173,7 +165,7 @@ private slots:
 
         QVERIFY(!ReadCommonValue(QStringLiteral("Expand"), true).isValid());
         QVERIFY(!ReadCommonValue(QStringLiteral("Expand"), false).isValid());
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void missingKeyIsShown()
@@ -182,10 +174,10 @@ private slots:
         const QVariant value = ReadRegistryValue(RegistryRoot::LocalMachine, QStringLiteral("SOFTWARE\\Nowhere"),
                                                  QStringLiteral("SI Unit"), true);
         QVERIFY(!value.isValid());
-        QCOMPARE(m_boxes->count(), 1);
-        QCOMPARE(m_boxes->last().text, kNotFound);
-        QCOMPARE(m_boxes->last().style, 48);
-        QCOMPARE(m_boxes->last().title, QStringLiteral("T4001"));
+        QCOMPARE(m_messages->boxes.count(), 1);
+        QCOMPARE(m_messages->boxes.last().text, kNotFound);
+        QCOMPARE(m_messages->boxes.last().style, 48);
+        QCOMPARE(m_messages->boxes.last().title, QStringLiteral("T4001"));
     }
 
     void missingKeyRaises()
@@ -203,17 +195,17 @@ private slots:
             QCOMPARE(error.source(), QStringLiteral("T4001"));
             QCOMPARE(error.description(), kNotFound);
         }
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void missingValueIsShown()
     {
         ScopedRegistry registry(commonKeyFile("\"SI Unit\"=\"1\"\n"));
         QVERIFY(!ReadCommonValue(QStringLiteral("Executable Path"), true).isValid());
-        QCOMPARE(m_boxes->count(), 1);
-        QCOMPARE(m_boxes->last().text, kNotFound);
-        QCOMPARE(m_boxes->last().style, 48);
-        QCOMPARE(m_boxes->last().title, QStringLiteral("T4001"));
+        QCOMPARE(m_messages->boxes.count(), 1);
+        QCOMPARE(m_messages->boxes.last().text, kNotFound);
+        QCOMPARE(m_messages->boxes.last().style, 48);
+        QCOMPARE(m_messages->boxes.last().title, QStringLiteral("T4001"));
     }
 
     void missingValueRaises()
@@ -230,7 +222,7 @@ private slots:
             QCOMPARE(error.source(), QStringLiteral("T4001"));
             QCOMPARE(error.description(), kNotFound);
         }
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void missingFileIsAMissingKey()
@@ -249,7 +241,7 @@ private slots:
         const QVariant value = ReadCommonValue(QStringLiteral("Empty"), true);
         QCOMPARE(value.typeId(), QMetaType::QString);
         QCOMPARE(value.toString(), QString());
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void stringWithoutNulLosesItsLastCharacter()
@@ -265,7 +257,7 @@ private slots:
                                    "\"WithNul\"=hex(1):61,00,62,00,63,00,00,00\n"));
         QCOMPARE(ReadCommonValue(QStringLiteral("NoNul"), true).toString(), QStringLiteral("ab"));
         QCOMPARE(ReadCommonValue(QStringLiteral("WithNul"), true).toString(), QStringLiteral("abc"));
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void namesAreCaseInsensitive()
@@ -278,7 +270,7 @@ private slots:
                                    QStringLiteral("SI UNIT"), true)
                      .toString(),
                  QStringLiteral("1"));
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void defaultValueAndParentKeys()
@@ -303,10 +295,10 @@ private slots:
                                               "garbage line\n"));
         QCOMPARE(ReadCommonValue(QStringLiteral("SI Unit"), true).toString(), QStringLiteral("1"));
         QCOMPARE(ReadCommonValue(QStringLiteral("Port"), true).toInt(), 16);
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
         QVERIFY(!ReadCommonValue(QStringLiteral("Broken"), true).isValid());
         QVERIFY(!ReadCommonValue(QStringLiteral("Bad Number"), true).isValid());
-        QCOMPARE(m_boxes->count(), 2);
+        QCOMPARE(m_messages->boxes.count(), 2);
     }
 
     void fileWithoutHeaderHoldsNothing()
@@ -372,7 +364,7 @@ private slots:
             QCOMPARE(ReadCommonValue(QStringLiteral("SI Unit"), true).toString(), QStringLiteral("0"));
             // What is missing is missing as ever, with its message.
             QVERIFY(!ReadCommonValue(QStringLiteral("Nothing"), true).isValid());
-            QCOMPARE(m_boxes->count(), 1);
+            QCOMPARE(m_messages->boxes.count(), 1);
         }
         QCOMPARE(ReadCommonValue(QStringLiteral("SI Unit"), true).toString(), QStringLiteral("1"));
         QCOMPARE(ReadCommonValue(QStringLiteral("Database Name"), true).toString(), QStringLiteral("second"));
@@ -444,7 +436,7 @@ private slots:
         QCOMPARE(ReadCommonValue(QStringLiteral("Demo Database"), false), QVariant(qint32(1)));
         QCOMPARE(ReadCommonValue(QStringLiteral("Default Rights"), false), QVariant(QStringLiteral("500,501")));
         QCOMPARE(ReadCommonValue(QStringLiteral("Default Auto Logout Minutes"), false), QVariant(qint32(0)));
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
 private:
@@ -454,8 +446,7 @@ private:
                                         QStringLiteral("/Norrix"));
     }
 
-    std::unique_ptr<ScopedTestStrings> m_strings;
-    std::unique_ptr<RecordingMessageService> m_boxes;
+    std::unique_ptr<ScopedTestMessages> m_messages;
 };
 
 CALVEX_TEST(TestRegistry)

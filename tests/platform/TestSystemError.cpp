@@ -1,5 +1,5 @@
+#include "common/ScopedTestMessages.h"
 #include "common/TestMain.h"
-#include "common/TestStrings.h"
 
 #include "platform/RecordingMessageService.h"
 #include "platform/RuntimeError.h"
@@ -15,17 +15,9 @@ class TestSystemError : public QObject
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        m_strings = std::make_unique<ScopedTestStrings>();
-        m_boxes = std::make_unique<RecordingMessageService>();
-    }
+    void init() { m_messages = std::make_unique<ScopedTestMessages>(); }
 
-    void cleanup()
-    {
-        m_boxes.reset();
-        m_strings.reset();
-    }
+    void cleanup() { m_messages.reset(); }
 
     void noPendingErrorIsNoError()
     {
@@ -33,24 +25,24 @@ private slots:
         QCOMPARE(ShowSystemError(0, true), false);
         errno = 0;
         QCOMPARE(ShowSystemError(0, false), false); // nothing to raise either
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
     void codeZeroTakesTheLastError()
     {
         errno = EACCES;
         QCOMPARE(ShowSystemError(0, true), true);
-        QCOMPARE(m_boxes->count(), 1);
-        QCOMPARE(m_boxes->last().text, QStringLiteral("Permission denied"));
+        QCOMPARE(m_messages->boxes.count(), 1);
+        QCOMPARE(m_messages->boxes.last().text, QStringLiteral("Permission denied"));
     }
 
     void knownCodeShowsTheSystemText()
     {
         QCOMPARE(ShowSystemError(2, true), true);
-        QCOMPARE(m_boxes->count(), 1);
-        QCOMPARE(m_boxes->last().text, QStringLiteral("No such file or directory"));
-        QCOMPARE(m_boxes->last().style, 48);
-        QCOMPARE(m_boxes->last().title, QStringLiteral("T4001"));
+        QCOMPARE(m_messages->boxes.count(), 1);
+        QCOMPARE(m_messages->boxes.last().text, QStringLiteral("No such file or directory"));
+        QCOMPARE(m_messages->boxes.last().style, 48);
+        QCOMPARE(m_messages->boxes.last().title, QStringLiteral("T4001"));
         QCOMPARE(SystemMessage(2), QStringLiteral("No such file or directory"));
     }
 
@@ -59,9 +51,9 @@ private slots:
         QCOMPARE(SystemMessage(999999), QString());
         QCOMPARE(SystemErrorText(999999), QStringLiteral("T4000 (#999999)."));
         QCOMPARE(ShowSystemError(999999, true), true);
-        QCOMPARE(m_boxes->last().text, QStringLiteral("T4000 (#999999)."));
-        QCOMPARE(m_boxes->last().style, 48);
-        QCOMPARE(m_boxes->last().title, QStringLiteral("T4001"));
+        QCOMPARE(m_messages->boxes.last().text, QStringLiteral("T4000 (#999999)."));
+        QCOMPARE(m_messages->boxes.last().style, 48);
+        QCOMPARE(m_messages->boxes.last().title, QStringLiteral("T4001"));
     }
 
     void notShownRaises()
@@ -87,12 +79,11 @@ private slots:
             QCOMPARE(error.number(), 999999);
             QCOMPARE(error.description(), QStringLiteral("T4000 (#999999)."));
         }
-        QCOMPARE(m_boxes->count(), 0);
+        QCOMPARE(m_messages->boxes.count(), 0);
     }
 
 private:
-    std::unique_ptr<ScopedTestStrings> m_strings;
-    std::unique_ptr<RecordingMessageService> m_boxes;
+    std::unique_ptr<ScopedTestMessages> m_messages;
 };
 
 CALVEX_TEST(TestSystemError)

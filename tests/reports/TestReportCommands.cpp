@@ -1,6 +1,7 @@
 #include "PanelDriving.h"
 #include "PanelFixture.h"
 
+#include "common/ComboItemTexts.h"
 #include "common/TestMain.h"
 #include "widgets/ComboList.h"
 
@@ -11,14 +12,6 @@ using namespace PanelDriving;
 
 namespace
 {
-QStringList itemTexts(const QComboBox* list)
-{
-    QStringList texts;
-    for (int i = 0; i < list->count(); ++i)
-        texts.append(list->itemText(i));
-    return texts;
-}
-
 // The calls made since `from`.
 QStringList callsSince(const PanelFixture& f, qsizetype from)
 {
@@ -169,7 +162,7 @@ private slots:
                  QStringList({QStringLiteral("BeginTrans"), QStringLiteral("DeleteReport 0"),
                               QStringLiteral("SaveReport (T4114) tab=0 n=1"), QStringLiteral("CommitTrans")}));
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 0), 100);
-        QCOMPARE(itemTexts(f.panel.cboReports[0]),
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[0]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Spirometry QC"), QStringLiteral("Flow QC")}));
         QVERIFY(!f.host.modified[0]);
     }
@@ -206,7 +199,7 @@ private slots:
         QCOMPARE(f.boxes.last().style, 48);
         QCOMPARE(f.boxes.last().title, QStringLiteral("T4052"));
         // Still listed under its ID, and still unsaved.
-        QCOMPARE(itemTexts(f.panel.cboReports[0]),
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[0]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Spirometry QC"), QStringLiteral("Flow QC")}));
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 1), 1);
         QVERIFY(f.host.modified[0]);
@@ -290,7 +283,7 @@ private slots:
         click(f.panel.cmdSaveAs);
         QCOMPARE(callsSince(f, from), QStringList({QStringLiteral("CountReportsNamed PF Copy"),
                                                    QStringLiteral("SaveReport PF Copy tab=0 n=2")}));
-        QCOMPARE(itemTexts(f.panel.cboReports[0]),
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[0]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Spirometry QC"), QStringLiteral("Flow QC"),
                               QStringLiteral("PF Copy")}));
         QCOMPARE(f.panel.cboReports[0]->currentIndex(), 3);
@@ -439,7 +432,8 @@ private slots:
         QCOMPARE(f.boxes.last().style, 36);
         QCOMPARE(f.boxes.last().title, QStringLiteral("T4058"));
         QCOMPARE(callsSince(f, from), QStringList({QStringLiteral("DeleteReport 1")}));
-        QCOMPARE(itemTexts(f.panel.cboReports[0]), QStringList({QStringLiteral("(T4114)"), QStringLiteral("Flow QC")}));
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[0]),
+                 QStringList({QStringLiteral("(T4114)"), QStringLiteral("Flow QC")}));
         QCOMPARE(f.panel.cboReports[0]->currentIndex(), 0);
         QCOMPARE(f.grid(0).Rows(), 2);
         QVERIFY(!f.panel.cmdDelete->isEnabled());
@@ -465,7 +459,7 @@ private slots:
         showPanel(f, 1);
         f.boxes.queueAnswer(MsgAnswer::Yes);
         click(f.panel.cmdDelete);
-        QCOMPARE(itemTexts(f.panel.cboReports[1]), QStringList({QStringLiteral("(T4114)")}));
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[1]), QStringList({QStringLiteral("(T4114)")}));
         QCOMPARE(f.panel.cboReports[1]->currentIndex(), 0);
         // New ran for the tab.
         QCOMPARE(f.grid(1).Rows(), 2);

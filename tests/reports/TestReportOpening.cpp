@@ -1,5 +1,7 @@
 #include "PanelFixture.h"
 
+#include "common/ComboItemTexts.h"
+#include "common/GridRowTexts.h"
 #include "common/TestMain.h"
 #include "platform/RuntimeError.h"
 #include "platform/SIUnitSetting.h"
@@ -9,22 +11,6 @@
 
 namespace
 {
-QStringList itemTexts(const QComboBox* list)
-{
-    QStringList texts;
-    for (int i = 0; i < list->count(); ++i)
-        texts.append(list->itemText(i));
-    return texts;
-}
-
-QStringList rowTexts(const FlexGrid& grid, int row)
-{
-    QStringList texts;
-    for (int c = 0; c < grid.Cols(); ++c)
-        texts.append(grid.TextMatrix(row, c));
-    return texts;
-}
-
 RecordsetPtr reportRows(std::vector<QVariantList> rows)
 {
     return std::make_shared<Recordset>(
@@ -47,9 +33,9 @@ private slots:
     {
         PanelFixture f;
         f.load();
-        QCOMPARE(itemTexts(f.panel.cboReports[0]),
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[0]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Spirometry QC"), QStringLiteral("Flow QC")}));
-        QCOMPARE(itemTexts(f.panel.cboReports[1]),
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[1]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Exercise QC")}));
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 1), 1);
         QCOMPARE(ComboList::ItemData(f.panel.cboReports[0], 2), 2);
@@ -65,9 +51,10 @@ private slots:
                                {QStringLiteral("Null type"), QVariant(), 2}});
         };
         f.load();
-        QCOMPARE(itemTexts(f.panel.cboReports[0]),
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[0]),
                  QStringList({QStringLiteral("(T4114)"), QStringLiteral("Empty type"), QStringLiteral("Null type")}));
-        QCOMPARE(itemTexts(f.panel.cboReports[1]), QStringList({QStringLiteral("(T4114)"), QStringLiteral("Typed")}));
+        QCOMPARE(ComboItemTexts(f.panel.cboReports[1]),
+                 QStringList({QStringLiteral("(T4114)"), QStringLiteral("Typed")}));
     }
 
     void listingYieldsAndClosesTheList()
@@ -93,13 +80,13 @@ private slots:
         FlexGrid& pf = f.grid(0);
         QCOMPARE(pf.Rows(), 4);
         QCOMPARE(pf.Cols(), 8);
-        QCOMPARE(rowTexts(pf, 1), QStringList({QStringLiteral("Pre"), QStringLiteral("FVC"), QStringLiteral("L"),
-                                               QStringLiteral("True"), QStringLiteral("True"), QStringLiteral("1"),
-                                               QStringLiteral("101"), QStringLiteral("2")}));
-        QCOMPARE(rowTexts(pf, 2), QStringList({QStringLiteral("Pre"), QStringLiteral("FEV1"), QStringLiteral("L"),
-                                               QStringLiteral("True"), QStringLiteral("False"), QStringLiteral("1"),
-                                               QStringLiteral("102"), QStringLiteral("2")}));
-        QCOMPARE(rowTexts(pf, 3), QStringList(8, QString()));
+        QCOMPARE(GridRowTexts(pf, 1), QStringList({QStringLiteral("Pre"), QStringLiteral("FVC"), QStringLiteral("L"),
+                                                   QStringLiteral("True"), QStringLiteral("True"), QStringLiteral("1"),
+                                                   QStringLiteral("101"), QStringLiteral("2")}));
+        QCOMPARE(GridRowTexts(pf, 2), QStringList({QStringLiteral("Pre"), QStringLiteral("FEV1"), QStringLiteral("L"),
+                                                   QStringLiteral("True"), QStringLiteral("False"), QStringLiteral("1"),
+                                                   QStringLiteral("102"), QStringLiteral("2")}));
+        QCOMPARE(GridRowTexts(pf, 3), QStringList(8, QString()));
         QCOMPARE(pf.Tag(), QStringLiteral("1"));
         pf.SetRow(2);
         pf.SetCol(2);
@@ -402,7 +389,7 @@ private slots:
             return rows;
         };
         ComboList::SetListIndex(f.panel.cboReports[0], 2);
-        QCOMPARE(rowTexts(f.grid(0), 1),
+        QCOMPARE(GridRowTexts(f.grid(0), 1),
                  QStringList({QStringLiteral("Pre"), QStringLiteral("FVC"), QString(), QStringLiteral("False"),
                               QStringLiteral("True"), QStringLiteral("1"), QStringLiteral("101"), QString()}));
         QVERIFY(!rows->IsOpen());

@@ -1,5 +1,6 @@
 #include "PanelFixture.h"
 
+#include "common/ComboItemTexts.h"
 #include "common/TestMain.h"
 #include "widgets/ComboList.h"
 
@@ -8,14 +9,6 @@
 
 namespace
 {
-QStringList itemTexts(const QComboBox* list)
-{
-    QStringList texts;
-    for (int i = 0; i < list->count(); ++i)
-        texts.append(list->itemText(i));
-    return texts;
-}
-
 QList<qint32> itemData(const QComboBox* list)
 {
     QList<qint32> data;
@@ -44,16 +37,16 @@ private slots:
         f.host.loading = true;
         QVERIFY(f.panel.LoadVariableCatalogue(0));
         QCOMPARE(f.store->calls, QStringList({QStringLiteral("ListTables 0"), QStringLiteral("ListVariables si=0 0")}));
-        QCOMPARE(itemTexts(f.panel.cboTable[0]), QStringList({QStringLiteral("Pre"), QStringLiteral("Post")}));
+        QCOMPARE(ComboItemTexts(f.panel.cboTable[0]), QStringList({QStringLiteral("Pre"), QStringLiteral("Post")}));
         QCOMPARE(itemData(f.panel.cboTable[0]), QList<qint32>({1, 2}));
-        QCOMPARE(itemTexts(f.panel.cboVariable[0]),
+        QCOMPARE(ComboItemTexts(f.panel.cboVariable[0]),
                  QStringList({QStringLiteral("FVC (L)"), QStringLiteral("FEV1 (L)"), QStringLiteral("FEV1/FVC (%)"),
                               QStringLiteral("PEF (L/s)"), QStringLiteral("Effort")}));
         QCOMPARE(itemData(f.panel.cboVariable[0]), QList<qint32>({101, 102, 103, 104, 105}));
-        QCOMPARE(itemTexts(f.panel.cboVarUnits[0]),
+        QCOMPARE(ComboItemTexts(f.panel.cboVarUnits[0]),
                  QStringList({QStringLiteral("L"), QStringLiteral("L"), QStringLiteral("%"), QStringLiteral("L/s"),
                               QString()}));
-        QCOMPARE(itemTexts(f.panel.cboVarDecPlaces[0]),
+        QCOMPARE(ComboItemTexts(f.panel.cboVarDecPlaces[0]),
                  QStringList({QStringLiteral("2"), QStringLiteral("2"), QStringLiteral("0"), QStringLiteral("2"),
                               QStringLiteral("0")}));
         QCOMPARE(f.panel.cboVarTest[0]->count(), 0);
@@ -114,7 +107,7 @@ private slots:
         PanelFixture f;
         f.store->listVariables = [](bool, qint16) { return variableRows({{7, QVariant(), QVariant(), 1}}); };
         QVERIFY(f.panel.LoadVariableCatalogue(0));
-        QCOMPARE(itemTexts(f.panel.cboVariable[0]), QStringList({QString()}));
+        QCOMPARE(ComboItemTexts(f.panel.cboVariable[0]), QStringList({QString()}));
         QCOMPARE(f.boxes.count(), 0);
     }
 

@@ -12,6 +12,16 @@ class TestVariableEditor : public QObject
 {
     Q_OBJECT
 
+private:
+    // The loaded panel shown with the grid of tab 0 600 by 300 pixels.
+    static void showWithSmallGrid(PanelFixture& f)
+    {
+        f.load();
+        f.grid(0).setFixedSize(600, 300);
+        f.panel.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&f.panel));
+    }
+
 private slots:
     void headerRowIsNoVariable()
     {
@@ -161,11 +171,8 @@ private slots:
     void columnsFillTheGridWidth()
     {
         PanelFixture f;
-        f.load();
+        showWithSmallGrid(f);
         FlexGrid& grid = f.grid(0);
-        grid.setFixedSize(600, 300);
-        f.panel.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&f.panel));
         f.panel.SizeGridColumns(0);
 
         QCOMPARE(grid.ColWidth(3), 630);
@@ -188,11 +195,8 @@ private slots:
     void columnsMakeRoomForTheScrollBarWhenRowsOverflow()
     {
         PanelFixture f;
-        f.load();
+        showWithSmallGrid(f);
         FlexGrid& grid = f.grid(0);
-        grid.setFixedSize(600, 300);
-        f.panel.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&f.panel));
         const int rows = (grid.GridHeight() - 45) / grid.RowHeight(1) + 2;
         grid.SetRows(rows);
         f.panel.SizeGridColumns(0);

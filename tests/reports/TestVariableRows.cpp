@@ -1,6 +1,7 @@
 #include "PanelDriving.h"
 #include "PanelFixture.h"
 
+#include "common/GridRowTexts.h"
 #include "common/TestMain.h"
 #include "platform/VbConversions.h"
 #include "widgets/ComboList.h"
@@ -11,14 +12,6 @@ using namespace PanelDriving;
 
 namespace
 {
-QStringList rowTexts(const FlexGrid& grid, int row)
-{
-    QStringList texts;
-    for (int c = 0; c < grid.Cols(); ++c)
-        texts.append(grid.TextMatrix(row, c));
-    return texts;
-}
-
 QStringList row(std::initializer_list<const char*> cells)
 {
     QStringList texts;
@@ -64,8 +57,8 @@ private slots:
 
         QCOMPARE(f.boxes.count(), 0);
         QCOMPARE(grid.Rows(), 6);
-        QCOMPARE(rowTexts(grid, 4), row({"Exercise", "VO2", "mL/min", "True", "False", "12", "201", "0"}));
-        QCOMPARE(rowTexts(grid, 5), QStringList(8, QString())); // a new blank row follows
+        QCOMPARE(GridRowTexts(grid, 4), row({"Exercise", "VO2", "mL/min", "True", "False", "12", "201", "0"}));
+        QCOMPARE(GridRowTexts(grid, 5), QStringList(8, QString())); // a new blank row follows
         // The new row is current and wholly selected, its unit cell left-aligned.
         QCOMPARE(grid.Row(), 4);
         QCOMPARE(grid.RowSel(), 4);
@@ -87,7 +80,7 @@ private slots:
         PanelFixture f;
         showPanel(f);
         addVariable(f.panel, 1, QStringLiteral("Rest"), QStringLiteral("RER"), false, true);
-        QCOMPARE(rowTexts(f.grid(1), 4), row({"Rest", "RER", "", "False", "True", "11", "203", "2"}));
+        QCOMPARE(GridRowTexts(f.grid(1), 4), row({"Rest", "RER", "", "False", "True", "11", "203", "2"}));
     }
 
     void addCutsTheUnitSuffixOfTheCaption()
@@ -96,8 +89,8 @@ private slots:
         startNew(f, 0);
         addVariable(f.panel, 0, QString(), QStringLiteral("FEV1/FVC (%)"), true, true);
         addVariable(f.panel, 0, QString(), QStringLiteral("PEF (L/s)"), false, false);
-        QCOMPARE(rowTexts(f.grid(0), 1), row({"Pre", "FEV1/FVC", "%", "True", "True", "1", "103", "0"}));
-        QCOMPARE(rowTexts(f.grid(0), 2), row({"Pre", "PEF", "L/s", "False", "False", "1", "104", "2"}));
+        QCOMPARE(GridRowTexts(f.grid(0), 1), row({"Pre", "FEV1/FVC", "%", "True", "True", "1", "103", "0"}));
+        QCOMPARE(GridRowTexts(f.grid(0), 2), row({"Pre", "PEF", "L/s", "False", "False", "1", "104", "2"}));
     }
 
     void theSameVariableTwiceGivesTwoEqualRows()
@@ -107,7 +100,7 @@ private slots:
         addVariable(f.panel, 1, QStringLiteral("Rest"), QStringLiteral("HR (bpm)"), true, true);
         addVariable(f.panel, 1, QStringLiteral("Rest"), QStringLiteral("HR (bpm)"), true, true);
         QCOMPARE(f.grid(1).Rows(), 4);
-        QCOMPARE(rowTexts(f.grid(1), 1), rowTexts(f.grid(1), 2));
+        QCOMPARE(GridRowTexts(f.grid(1), 1), GridRowTexts(f.grid(1), 2));
         QCOMPARE(f.panel.lblTotalFor[2]->text(), QStringLiteral("2"));
     }
 
@@ -135,7 +128,7 @@ private slots:
         addVariable(f.panel, 0, QString(), QStringLiteral("FEV1 (L)"), false, true);
         QCOMPARE(f.boxes.count(), 1);
         QCOMPARE(f.grid(0).Rows(), 12);
-        QCOMPARE(rowTexts(f.grid(0), 10), row({"Pre", "FEV1", "L", "False", "True", "1", "102", "2"}));
+        QCOMPARE(GridRowTexts(f.grid(0), 10), row({"Pre", "FEV1", "L", "False", "True", "1", "102", "2"}));
         QCOMPARE(f.panel.lblTotalFor[1]->text(), QStringLiteral("1"));
     }
 
@@ -174,7 +167,7 @@ private slots:
         tick(f.panel.chkShowIn[0], false);
         click(f.panel.cmdVarUpdate[0]);
         QCOMPARE(f.boxes.count(), 1);
-        QCOMPARE(rowTexts(f.grid(0), 3), row({"Pre", "PEF", "L/s", "False", "False", "1", "104", "2"}));
+        QCOMPARE(GridRowTexts(f.grid(0), 3), row({"Pre", "PEF", "L/s", "False", "False", "1", "104", "2"}));
         QCOMPARE(f.panel.lblTotalFor[0]->text(), QStringLiteral("8"));
     }
 
@@ -191,7 +184,7 @@ private slots:
         tick(f.panel.chkShowIn[3], true);
         click(f.panel.cmdVarUpdate[1]);
         QCOMPARE(grid.Rows(), 5);
-        QCOMPARE(rowTexts(grid, 2), row({"Rest", "VO2", "mL/min", "True", "True", "11", "201", "0"}));
+        QCOMPARE(GridRowTexts(grid, 2), row({"Rest", "VO2", "mL/min", "True", "True", "11", "201", "0"}));
         QCOMPARE(grid.Row(), 2);
         QCOMPARE(grid.ColSel(), 7);
         QCOMPARE(f.panel.lblTotalFor[3]->text(), QStringLiteral("3"));
@@ -245,7 +238,7 @@ private slots:
             click(f.panel.cmdVarRemove[1]);
         QCOMPARE(grid.Rows(), 2);
         QCOMPARE(grid.TextMatrix(0, 0), QStringLiteral("T4067"));
-        QCOMPARE(rowTexts(grid, 1), QStringList(8, QString()));
+        QCOMPARE(GridRowTexts(grid, 1), QStringList(8, QString()));
         QVERIFY(!f.panel.cmdVarRemove[1]->isEnabled());
         QVERIFY(!f.panel.cmdVarUpdate[1]->isEnabled());
         QVERIFY(f.panel.cmdVarAdd[1]->isEnabled());

@@ -1,3 +1,4 @@
+#include "PrinterlessHome.h"
 #include "RenderFixture.h"
 #include "common/ScopedRegistryFile.h"
 #include "common/ScopedTmpfs.h"
@@ -25,33 +26,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <memory>
 
 namespace
 {
-// A loopback port nothing listens on: one the system hands out, then frees.
-int UnusedLoopbackPort()
-{
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = 0;
-    socklen_t length = sizeof address;
-    int port = 0;
-    if (fd >= 0 && ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0)
-        port = ntohs(address.sin_port);
-    if (fd >= 0)
-        ::close(fd);
-    return port;
-}
-
 QByteArray Contents(const QString& fileName)
 {
     QFile file(fileName);
@@ -74,11 +52,8 @@ class TestPrintToPdf : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_home;
+    std::unique_ptr<PrinterlessHome> m_home;
     std::unique_ptr<ScopedRegistryFile> m_registry;
-    QByteArray m_previousHome;
-    QByteArray m_previousConfigHome;
-    QByteArray m_previousCupsServer;
     QString m_documents;
     // A fresh program state for every test: its system printer is the one printed on.
     std::unique_ptr<ProgramState> m_state;
@@ -116,21 +91,12 @@ class TestPrintToPdf : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_home.isValid());
-        // No print server answers: the machine has no printer at all. Set
-        // before the first look at the printers, which asks the server once.
-        const int port = UnusedLoopbackPort();
-        QVERIFY(port > 0);
-        m_previousCupsServer = qgetenv("CUPS_SERVER");
-        qputenv("CUPS_SERVER", "127.0.0.1:" + QByteArray::number(port));
-        qunsetenv("PRINTER");
-        qunsetenv("LPDEST");
-        // A home of the test's own, with its documents folder.
-        m_previousHome = qgetenv("HOME");
-        m_previousConfigHome = qgetenv("XDG_CONFIG_HOME");
-        qputenv("HOME", QFile::encodeName(m_home.path()));
-        qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home.filePath(QStringLiteral(".config"))));
-        m_documents = m_home.filePath(QStringLiteral("Documents"));
+        // No print server answers: the machine has no printer at all. A home
+        // of the test's own, with its documents folder.
+        m_home = std::make_unique<PrinterlessHome>();
+        QVERIFY(m_home->isValid());
+        QVERIFY(m_home->port() > 0);
+        m_documents = m_home->filePath(QStringLiteral("Documents"));
         QVERIFY(QDir().mkpath(m_documents));
         QCOMPARE(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation), m_documents);
 
@@ -153,12 +119,7 @@ private slots:
         SuiteDatabase::closeAllConnections();
         ResetResourceServer();
         m_registry.reset();
-        qputenv("HOME", m_previousHome);
-        if (m_previousConfigHome.isEmpty())
-            qunsetenv("XDG_CONFIG_HOME");
-        else
-            qputenv("XDG_CONFIG_HOME", m_previousConfigHome);
-        qputenv("CUPS_SERVER", m_previousCupsServer);
+        m_home.reset();
     }
 
     void init()
@@ -216,7 +177,7 @@ private slots:
         QVERIFY(QDir(m_documents).removeRecursively());
         const QString path = PrintJob::ProposedFilePath(SpirometryRequest(), QStringLiteral("Spirometry"));
         QVERIFY(QDir().mkpath(m_documents));
-        QCOMPARE(QFileInfo(path).absolutePath(), QDir(m_home.path()).absolutePath());
+        QCOMPARE(QFileInfo(path).absolutePath(), QDir(m_home->path()).absolutePath());
     }
 
     void cancelPrintsNothing()
@@ -236,7 +197,7 @@ private slots:
         QCOMPARE(dialogs.last().filter, GetResourceText(4128) + QStringLiteral(" (*.pdf)"));
         QCOMPARE(boxes.count(), 0);
         QCOMPARE(QDir(m_documents).entryList(QDir::Files), QStringList());
-        QVERIFY(!QFileInfo::exists(m_home.filePath(QStringLiteral("QC Report.pdf"))));
+        QVERIFY(!QFileInfo::exists(m_home->filePath(QStringLiteral("QC Report.pdf"))));
     }
 
     void aFailedPreparationAsksNothing()
@@ -299,7 +260,7 @@ private slots:
     {
         RecordingMessageService boxes;
         RecordingFileDialogService dialogs;
-        const QString folder = m_home.filePath(QStringLiteral("Reports"));
+        const QString folder = m_home->filePath(QStringLiteral("Reports"));
         QVERIFY(QDir().mkpath(folder));
         dialogs.queueAnswer(QDir(folder).filePath(QStringLiteral("half year")));
 

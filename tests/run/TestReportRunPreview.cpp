@@ -1,10 +1,12 @@
-#include "ReportRunFixture.h"
+#include "ShownReportRun.h"
 
 #include "common/TestMain.h"
 #include "output/modPrintReport.h"
 #include "run/frmPrintPreview.h"
 
 #include <QTest>
+
+#include <memory>
 
 using Kind = RecordedOp::Kind;
 
@@ -14,24 +16,28 @@ class TestReportRunPreview : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<ReportRunFixture> f;
-    std::unique_ptr<ModalDriver> watch;
+    std::unique_ptr<ShownReportRun> f;
 
-    ReportRunPanel& run() { return *f->window.run; }
+    ReportRunPanel& run() { return f->run(); }
+
+    // Runs Preview and tells whether a modal window opened (closed at once).
+    // The flag outlives the call: the driver keeps watching afterwards.
+    bool previewOpensAWindow()
+    {
+        const auto shown = std::make_shared<bool>(false);
+        f->watch.onNextModal([shown](QDialog* modal) {
+            *shown = true;
+            modal->close();
+        });
+        run().cmdPreview_Click();
+        QTest::qWait(30);
+        return *shown;
+    }
 
 private slots:
-    void init()
-    {
-        f = std::make_unique<ReportRunFixture>();
-        watch = std::make_unique<ModalDriver>();
-        f->window.show();
-    }
+    void init() { f = std::make_unique<ShownReportRun>(); }
 
-    void cleanup()
-    {
-        watch.reset();
-        f.reset();
-    }
+    void cleanup() { f.reset(); }
 
     void thePreviewIsShownModallyAndUnloadedAfterwards()
     {
@@ -43,7 +49,7 @@ private slots:
         QStringList numbers;
         bool pointerDefault = false;
         QString definitionName;
-        watch->onNextModal([&](QDialog* modal) {
+        f->watch.onNextModal([&](QDialog* modal) {
             auto* preview = qobject_cast<frmPrintPreview*>(modal);
             seen = preview != nullptr && preview == run().PreviewWindow();
             if (!preview)
@@ -86,7 +92,7 @@ private slots:
     {
         f->setVariables(2);
         QStringList prepared;
-        watch->onNextModal([&](QDialog* modal) {
+        f->watch.onNextModal([&](QDialog* modal) {
             auto* preview = qobject_cast<frmPrintPreview*>(modal);
             if (!preview)
                 return;
@@ -105,14 +111,7 @@ private slots:
     void nothingIsShownWithoutAChart()
     {
         f->setVariables(0, 2);
-        bool shown = false;
-        watch->onNextModal([&](QDialog* modal) {
-            shown = true;
-            modal->close();
-        });
-        run().cmdPreview_Click();
-        QTest::qWait(30);
-        QVERIFY(!shown);
+        QVERIFY(!previewOpensAWindow());
         QVERIFY(run().PreviewWindow() == nullptr);
         QVERIFY(f->window.findChildren<frmPrintPreview*>().isEmpty());
         QVERIFY(QApplication::overrideCursor() == nullptr);
@@ -123,14 +122,7 @@ private slots:
     {
         f->setVariables(3);
         f->store->failOn = QStringLiteral("GetGraphData 3");
-        bool shown = false;
-        watch->onNextModal([&](QDialog* modal) {
-            shown = true;
-            modal->close();
-        });
-        run().cmdPreview_Click();
-        QTest::qWait(30);
-        QVERIFY(!shown);
+        QVERIFY(!previewOpensAWindow());
         QCOMPARE(f->boxes.count(), 1);
         QCOMPARE(f->boxes.last().text, QStringLiteral("The store failed in GetGraphData 3"));
         QCOMPARE(f->boxes.last().style, 16);
@@ -149,7 +141,7 @@ private slots:
         f->setVariables(4);
         f->store->noTable = true;
         int pages = 0;
-        watch->onNextModal([&](QDialog* modal) {
+        f->watch.onNextModal([&](QDialog* modal) {
             if (auto* preview = qobject_cast<frmPrintPreview*>(modal))
             {
                 pages = ReportPageCount(preview->Report());

@@ -1,4 +1,4 @@
-#include "ReportRunFixture.h"
+#include "ShownReportRun.h"
 
 #include "common/TestMain.h"
 #include "output/modPrintReport.h"
@@ -29,27 +29,20 @@ class TestReportRunRules : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<ReportRunFixture> f;
-    std::unique_ptr<ModalDriver> watch;
+    std::unique_ptr<ShownReportRun> f;
 
-    ReportRunPanel& run() { return *f->window.run; }
+    ReportRunPanel& run() { return f->run(); }
 
 private slots:
     void init()
     {
-        f = std::make_unique<ReportRunFixture>();
-        watch = std::make_unique<ModalDriver>();
-        f->window.show();
+        f = std::make_unique<ShownReportRun>();
         // Four charts: two graph pages; 45 visits: two table pages.
         f->setVariables(4);
         f->store->tableVisits = 45;
     }
 
-    void cleanup()
-    {
-        watch.reset();
-        f.reset();
-    }
+    void cleanup() { f.reset(); }
 
     void withoutTheSettingNothingIsChecked()
     {
@@ -84,7 +77,7 @@ private slots:
         f->registry.setValue(QStringLiteral("QC Rules"), QStringLiteral("10x"));
         int pages = 0;
         QStringList numbers;
-        watch->onNextModal([&](QDialog* modal) {
+        f->watch.onNextModal([&](QDialog* modal) {
             auto* preview = qobject_cast<frmPrintPreview*>(modal);
             if (!preview)
                 return;
@@ -106,7 +99,7 @@ private slots:
     {
         f->registry.setValue(QStringLiteral("QC Rules"), QStringLiteral("1-3s, 2of3-2s"));
         bool shown = false;
-        watch->onNextModal([&](QDialog* modal) {
+        f->watch.onNextModal([&](QDialog* modal) {
             shown = qobject_cast<frmPrintPreview*>(modal) != nullptr;
             modal->reject();
         });

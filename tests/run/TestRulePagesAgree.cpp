@@ -1,3 +1,4 @@
+#include "PrinterlessHome.h"
 #include "RenderFixture.h"
 #include "common/TestMain.h"
 
@@ -19,33 +20,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <memory>
 
 namespace
 {
-// A loopback port nothing listens on: one the system hands out, then frees.
-int UnusedLoopbackPort()
-{
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = 0;
-    socklen_t length = sizeof address;
-    int port = 0;
-    if (fd >= 0 && ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0)
-        port = ntohs(address.sin_port);
-    if (fd >= 0)
-        ::close(fd);
-    return port;
-}
-
 const QString kToday = QStringLiteral("07/01/2024");
 const QString kAllRules = QStringLiteral("1-2s,1-3s,2-2s,R-4s,4-1s,10x,DLCO-12");
 
@@ -75,10 +53,7 @@ class TestRulePagesAgree : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_home;
-    QByteArray m_previousHome;
-    QByteArray m_previousConfigHome;
-    QByteArray m_previousCupsServer;
+    std::unique_ptr<PrinterlessHome> m_home;
     std::unique_ptr<RenderFixture> m_fixture;
 
     QStringList rendererArguments() const
@@ -102,18 +77,10 @@ class TestRulePagesAgree : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_home.isValid());
         // No print server answers: the system printer is the PDF printer.
-        const int port = UnusedLoopbackPort();
-        QVERIFY(port > 0);
-        m_previousCupsServer = qgetenv("CUPS_SERVER");
-        qputenv("CUPS_SERVER", "127.0.0.1:" + QByteArray::number(port));
-        qunsetenv("PRINTER");
-        qunsetenv("LPDEST");
-        m_previousHome = qgetenv("HOME");
-        m_previousConfigHome = qgetenv("XDG_CONFIG_HOME");
-        qputenv("HOME", QFile::encodeName(m_home.path()));
-        qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home.filePath(QStringLiteral(".config"))));
+        m_home = std::make_unique<PrinterlessHome>();
+        QVERIFY(m_home->isValid());
+        QVERIFY(m_home->port() > 0);
         m_fixture = std::make_unique<RenderFixture>();
         Clock::pin(QDateTime(QDate(2024, 7, 1), QTime(12, 0)));
     }
@@ -122,12 +89,7 @@ private slots:
     {
         Clock::pin(QDateTime());
         m_fixture.reset();
-        qputenv("HOME", m_previousHome);
-        if (m_previousConfigHome.isEmpty())
-            qunsetenv("XDG_CONFIG_HOME");
-        else
-            qputenv("XDG_CONFIG_HOME", m_previousConfigHome);
-        qputenv("CUPS_SERVER", m_previousCupsServer);
+        m_home.reset();
     }
 
     void printThePreviewAndTheRendererGiveTheSamePages()

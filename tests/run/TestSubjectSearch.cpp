@@ -1,3 +1,4 @@
+#include "FindSubject.h"
 #include "RunFixture.h"
 
 #include "common/TestMain.h"
@@ -27,13 +28,7 @@ private:
             QApplication::setActiveWindow(&panel);
         }
 
-        // Types text into txtPatient, chooses the kind of search and presses Find.
-        void find(const QString& text, bool byId = false)
-        {
-            panel.txtPatient->setText(text);
-            panel.optFindBy[byId ? 0 : 1]->setChecked(true);
-            QTest::mouseClick(panel.cmdFind, Qt::LeftButton);
-        }
+        void find(const QString& text, bool byId = false) { FindSubject(panel, text, byId); }
 
         // Runs act on the result list when it opens.
         void onList(std::function<void(frmSelPatient&)> act)

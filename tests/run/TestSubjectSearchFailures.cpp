@@ -1,3 +1,4 @@
+#include "FindSubject.h"
 #include "RunFixture.h"
 
 #include "common/TestMain.h"
@@ -23,12 +24,7 @@ private:
             QApplication::setActiveWindow(&panel);
         }
 
-        void find(const QString& text, bool byId = false)
-        {
-            panel.txtPatient->setText(text);
-            panel.optFindBy[byId ? 0 : 1]->setChecked(true);
-            QTest::mouseClick(panel.cmdFind, Qt::LeftButton);
-        }
+        void find(const QString& text, bool byId = false) { FindSubject(panel, text, byId); }
 
         // Answers the next searches with rows.
         void answer(const std::vector<QVariantList>& rows, bool countKnown = true)

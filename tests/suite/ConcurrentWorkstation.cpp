@@ -1,3 +1,5 @@
+#include "OpenedDefinition.h"
+
 #include "common/TestMain.h"
 
 #include "platform/RuntimeError.h"
@@ -24,25 +26,6 @@ class ConcurrentWorkstation : public QObject
 private:
     static void say(const QString& line) { QTextStream(stdout) << "workstation: " << line << Qt::endl; }
 
-    static ReportInfo opened(NorrixReportStore& store, qint32 id)
-    {
-        ReportInfo info;
-        qint32 tab = 0;
-        RecordsetPtr rows = store.OpenReport(id, false, tab);
-        info.TestTab = qint16(tab);
-        for (; rows && !rows->IsEOF(); rows->MoveNext())
-        {
-            ReportVariable variable;
-            variable.TableID = rows->Value(QStringLiteral("QCTableID")).toInt();
-            variable.ParamsDefID = rows->Value(QStringLiteral("ParamsDefID")).toInt();
-            variable.ShowInGraph = rows->Value(QStringLiteral("ShowInGraph")).toBool();
-            variable.ShowInTable = rows->Value(QStringLiteral("ShowInTable")).toBool();
-            variable.DecimalPlaces = rows->Value(QStringLiteral("Decimal")).toInt();
-            info.Variables.append(variable);
-        }
-        return info;
-    }
-
 private slots:
     void run()
     {
@@ -68,7 +51,7 @@ private slots:
             {
                 const qint32 id = command.section(u' ', 1, 1).toInt();
                 const QString name = command.section(u' ', 2);
-                const ReportInfo info = opened(store, id);
+                const ReportInfo info = OpenedDefinition(store, id);
                 say(QStringLiteral("opened"));
                 QCOMPARE(next(), QStringLiteral("go"));
                 store.BeginTrans();

@@ -1,6 +1,7 @@
 #include "WindowSave.h"
 #include "common/TestMain.h"
 
+#include "OtherSqliteWriter.h"
 #include "ScopedServerSession.h"
 #include "SuiteTestDatabase.h"
 #include "common/ExclusiveSqliteLock.h"
@@ -11,9 +12,7 @@
 #include "suite/SuiteDataLoader.h"
 
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QScopeGuard>
-#include <QStandardPaths>
 #include <QTest>
 
 #include <arpa/inet.h>
@@ -52,6 +51,18 @@ private:
         info.TestTab = 0;
         info.Variables = {fvc};
         return info;
+    }
+
+    // A new schema with two definitions of definition()'s variable saved,
+    // "DLCO" and "Other" (info), and "Database Timeout Seconds" 2. The ID of "DLCO".
+    static qint32 twoDefinitionsToSave(SuiteTestDatabase& test, ReportInfo& info)
+    {
+        test.createSchema();
+        info = definition(test.db());
+        const qint32 id = NorrixReportStore().SaveReport(QStringLiteral("DLCO"), info);
+        NorrixReportStore().SaveReport(QStringLiteral("Other"), info);
+        test.setValue(QStringLiteral("Database Timeout Seconds"), 2);
+        return id;
     }
 
     // The error call raised, and how long it took; fails the test when it raised none.
@@ -142,11 +153,8 @@ private slots:
         if (!SuiteTestDatabase::onPostgres())
             QSKIP("a lock held on a database server; this runs in the PostgreSQL run");
         SuiteTestDatabase test;
-        test.createSchema();
-        const ReportInfo info = definition(test.db());
-        const qint32 id = NorrixReportStore().SaveReport(QStringLiteral("DLCO"), info);
-        NorrixReportStore().SaveReport(QStringLiteral("Other"), info);
-        test.setValue(QStringLiteral("Database Timeout Seconds"), 2);
+        ReportInfo info;
+        const qint32 id = twoDefinitionsToSave(test, info);
 
         // Another session holds the definitions' table as LOCK TABLE does.
         ScopedServerSession other(test.settings(), QStringLiteral("holder"));
@@ -252,31 +260,15 @@ private slots:
     {
         if (SuiteTestDatabase::onPostgres())
             QSKIP("a SQLite file's busy timeout; the server's lock timeout has a test of its own");
-        const QString sqlite = QStandardPaths::findExecutable(QStringLiteral("sqlite3"));
-        if (sqlite.isEmpty())
+        if (!OtherSqliteWriter::shellInstalled())
             QSKIP("the sqlite3 program (Debian package sqlite3) writes from another process");
         SuiteTestDatabase test;
-        test.createSchema();
-        const ReportInfo info = definition(test.db());
-        const qint32 id = NorrixReportStore().SaveReport(QStringLiteral("DLCO"), info);
-        NorrixReportStore().SaveReport(QStringLiteral("Other"), info);
-        test.setValue(QStringLiteral("Database Timeout Seconds"), 2);
+        ReportInfo info;
+        const qint32 id = twoDefinitionsToSave(test, info);
 
         // Another program begins writing and keeps the file's write lock.
-        QProcess writer;
-        writer.start(sqlite, {test.settings().databaseName});
-        QVERIFY(writer.waitForStarted());
-        writer.write("BEGIN IMMEDIATE;\nINSERT INTO audit_log (logged_at, user_name, application, event_kind) "
-                     "VALUES ('2025-01-01 00:00:00', 'other', 1, 'writing');\n");
-        ScopedServerSession probe(test.settings(), QStringLiteral("probe"));
-        QVERIFY(probe.exec(QStringLiteral("PRAGMA busy_timeout = 0")));
-        const auto otherWrites = [&probe] {
-            if (!probe.exec(QStringLiteral("BEGIN IMMEDIATE")))
-                return true;
-            probe.exec(QStringLiteral("ROLLBACK"));
-            return false;
-        };
-        QTRY_VERIFY_WITH_TIMEOUT(otherWrites(), 10000);
+        OtherSqliteWriter writer(test.settings());
+        QVERIFY2(writer.writing(), qPrintable(writer.whyNot()));
 
         NorrixReportStore store;
         qint64 milliseconds = 0;
@@ -289,9 +281,7 @@ private slots:
         // Reading goes on while the other program writes.
         QCOMPARE(store.ListReports()->RecordCount(), 2);
 
-        writer.write("COMMIT;\n.quit\n");
-        writer.closeWriteChannel();
-        QVERIFY(writer.waitForFinished());
+        QVERIFY(writer.commit());
         QCOMPARE(writer.exitCode(), 0);
         QVERIFY(SaveAsTheWindowDoes(store, id, QStringLiteral("DLCO"), info) > id);
         QCOMPARE(store.ListReports()->RecordCount(), 2);

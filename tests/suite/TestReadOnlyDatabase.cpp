@@ -1,6 +1,7 @@
 #include "common/TestMain.h"
 
 #include "NorrixDBQueryRun.h"
+#include "OpenedDefinition.h"
 #include "SuiteTestDatabase.h"
 #include "common/ScopedReadOnlyFolder.h"
 #include "platform/RuntimeError.h"
@@ -30,22 +31,16 @@ private:
     {
         RecordsetPtr list = store.ListReports();
         id = list->Value(QStringLiteral("QCReportID")).toInt();
-        qint32 tab = 0;
-        RecordsetPtr rows = store.OpenReport(id, false, tab);
-        ReportInfo info;
-        info.TestTab = qint16(tab);
-        info.PatientID = tab == 0 ? QStringLiteral("QC001") : QStringLiteral("QC002");
-        for (; !rows->IsEOF(); rows->MoveNext())
-        {
-            ReportVariable variable;
-            variable.TableID = rows->Value(QStringLiteral("QCTableID")).toInt();
-            variable.ParamsDefID = rows->Value(QStringLiteral("ParamsDefID")).toInt();
-            variable.VarName = rows->Value(QStringLiteral("ParamsUserName")).toString();
-            variable.ShowInGraph = rows->Value(QStringLiteral("ShowInGraph")).toBool();
-            variable.ShowInTable = rows->Value(QStringLiteral("ShowInTable")).toBool();
-            info.Variables.append(variable);
-        }
+        ReportInfo info = OpenedDefinition(store, id);
+        info.PatientID = info.TestTab == 0 ? QStringLiteral("QC001") : QStringLiteral("QC002");
         return info;
+    }
+
+    // The demo database as the file qc.sqlite in the folder that is to become read-only.
+    static void fillDemoIn(SuiteTestDatabase& test, const ScopedReadOnlyFolder& folder)
+    {
+        test.setValue(QStringLiteral("Database Name"), folder.filePath(QStringLiteral("qc.sqlite")));
+        test.fillDemo();
     }
 
     // Everything of a report and a subject's choice works.
@@ -79,8 +74,7 @@ private slots:
         if (!folder.usable())
             QSKIP(qPrintable(QStringLiteral("no read-only folder can be had: ") + folder.whyNot()));
         SuiteTestDatabase test;
-        test.setValue(QStringLiteral("Database Name"), folder.filePath(QStringLiteral("qc.sqlite")));
-        test.fillDemo();
+        fillDemoIn(test, folder);
         const int entries = auditEntries(test);
         // The workstation starts while the database is read-only.
         SuiteDatabase::closeAllConnections();
@@ -141,8 +135,7 @@ private slots:
         if (!folder.usable())
             QSKIP(qPrintable(QStringLiteral("no read-only folder can be had: ") + folder.whyNot()));
         SuiteTestDatabase test;
-        test.setValue(QStringLiteral("Database Name"), folder.filePath(QStringLiteral("qc.sqlite")));
-        test.fillDemo();
+        fillDemoIn(test, folder);
         NorrixCalcEngine engine;
         QVERIFY(engine.HasRight(501));
         // A mount cannot become read-only while a file on it is open for
@@ -161,8 +154,7 @@ private slots:
         if (!folder.usable())
             QSKIP(qPrintable(QStringLiteral("no read-only folder can be had: ") + folder.whyNot()));
         SuiteTestDatabase test;
-        test.setValue(QStringLiteral("Database Name"), folder.filePath(QStringLiteral("qc.sqlite")));
-        test.fillDemo();
+        fillDemoIn(test, folder);
         SuiteDatabase::closeAllConnections();
         // The file itself stays writable, but its journal cannot be made beside it.
         if (!folder.makeFolderReadOnly())

@@ -1,3 +1,4 @@
+#include "OpenedDefinition.h"
 #include "WindowSave.h"
 #include "common/TestMain.h"
 
@@ -52,19 +53,7 @@ private:
         RecordsetPtr list = store.ListReports();
         name = list->Value(QStringLiteral("QCReportName")).toString();
         const qint32 id = list->Value(QStringLiteral("QCReportID")).toInt();
-        qint32 tab = 0;
-        RecordsetPtr rows = store.OpenReport(id, false, tab);
-        info.TestTab = qint16(tab);
-        for (; !rows->IsEOF(); rows->MoveNext())
-        {
-            ReportVariable variable;
-            variable.TableID = rows->Value(QStringLiteral("QCTableID")).toInt();
-            variable.ParamsDefID = rows->Value(QStringLiteral("ParamsDefID")).toInt();
-            variable.ShowInGraph = rows->Value(QStringLiteral("ShowInGraph")).toBool();
-            variable.ShowInTable = rows->Value(QStringLiteral("ShowInTable")).toBool();
-            variable.DecimalPlaces = rows->Value(QStringLiteral("Decimal")).toInt();
-            info.Variables.append(variable);
-        }
+        info = OpenedDefinition(store, id);
         return id;
     }
 

@@ -1,4 +1,5 @@
 #include "RenderFixture.h"
+#include "StoredChart.h"
 #include "common/TestMain.h"
 #include "components/QCReportStore.h"
 #include "platform/ComponentFactory.h"
@@ -57,19 +58,15 @@ QList<Expected> ExpectedViolations(const ReportInfo& info, bool siUnits, const Q
         const ReportVariable& variable = info.Variable(i);
         if (!variable.ShowInGraph)
             continue;
-        double mean = 0;
-        double sd = 0;
-        double cv = 0;
-        const RecordsetPtr data = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId)
-                                      ->GetGraphData(info, i, siUnits, mean, sd, cv);
+        const StoredChart chart = StoredChart::read(info, i, siUnits);
         QList<QCReading> readings;
-        for (; !data->IsEOF(); data->MoveNext())
-            readings.append({data->Value(0).toDate(), data->Value(1).toDouble()});
+        for (; !chart.data->IsEOF(); chart.data->MoveNext())
+            readings.append({chart.data->Value(0).toDate(), chart.data->Value(1).toDouble()});
         const QCRuleEvaluator::DlcoChart dlco =
             variable.VarName != QLatin1String("DLCO")
                 ? QCRuleEvaluator::DlcoChart::No
                 : (siUnits ? QCRuleEvaluator::DlcoChart::SI : QCRuleEvaluator::DlcoChart::Conventional);
-        for (const QCViolation& violation : evaluator.evaluate(readings, mean, sd, dlco))
+        for (const QCViolation& violation : evaluator.evaluate(readings, chart.mean, chart.sd, dlco))
             all.append({violation.Date, variable.TableName, variable.VarName, violation.Value, variable.DecimalPlaces,
                         violation.Rules});
     }
@@ -388,18 +385,14 @@ private slots:
                                     [&](const ReportVariable& one) { return one.VarName == charted.at(v); }) -
                        info.Variables.cbegin()) +
                 1;
-            double mean = 0;
-            double sd = 0;
-            double cv = 0;
-            const RecordsetPtr data = ComponentFactory::create<QCReportStore>(QCReportStore::ClassId)
-                                          ->GetGraphData(info, index, false, mean, sd, cv);
+            const StoredChart chart = StoredChart::read(info, index, false);
             int n = 0;
-            for (; !data->IsEOF(); data->MoveNext())
-                n += data->Value(1).toDouble() != 0 ? 1 : 0;
+            for (; !chart.data->IsEOF(); chart.data->MoveNext())
+                n += chart.data->Value(1).toDouble() != 0 ? 1 : 0;
             QCOMPARE(variable.value(QStringLiteral("n")).toInt(), n);
-            QCOMPARE(variable.value(QStringLiteral("mean")).toDouble(), mean);
-            QCOMPARE(variable.value(QStringLiteral("sd")).toDouble(), sd);
-            QCOMPARE(variable.value(QStringLiteral("cv")).toDouble(), cv);
+            QCOMPARE(variable.value(QStringLiteral("mean")).toDouble(), chart.mean);
+            QCOMPARE(variable.value(QStringLiteral("sd")).toDouble(), chart.sd);
+            QCOMPARE(variable.value(QStringLiteral("cv")).toDouble(), chart.cv);
             QCOMPARE(variable.value(QStringLiteral("unit")).toString(), info.Variable(index).Unit);
             QCOMPARE(variable.value(QStringLiteral("decimalPlaces")).toInt(), info.Variable(index).DecimalPlaces);
 

@@ -1,4 +1,5 @@
 #include "RenderFixture.h"
+#include "StoredChart.h"
 #include "common/TestMain.h"
 #include "components/QCReportStore.h"
 #include "platform/ComponentFactory.h"
@@ -143,13 +144,9 @@ class TestRenderedPdf : public QObject
             const ReportVariable& variable = info.Variable(i);
             if (!variable.ShowInGraph)
                 continue;
-            double mean = 0;
-            double sd = 0;
-            double cv = 0;
-            ComponentFactory::create<QCReportStore>(QCReportStore::ClassId)
-                ->GetGraphData(info, i, siUnits, mean, sd, cv);
+            const StoredChart stored = StoredChart::read(info, i, siUnits);
             const QString& page = pages.at(chart / 3);
-            for (const QString& text : StatisticsTexts(mean, sd, cv))
+            for (const QString& text : StatisticsTexts(stored.mean, stored.sd, stored.cv))
                 QVERIFY2(page.contains(text), qPrintable(text + QStringLiteral(" is not on the page:\n") + page));
             QVERIFY(page.contains(variable.VarName));
             QVERIFY(page.contains(QLatin1Char('(') + variable.Unit + QLatin1Char(')')));
