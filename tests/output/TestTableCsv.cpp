@@ -1,4 +1,5 @@
 #include "TestPrintTableFixtures.h"
+#include "common/LocaleScope.h"
 #include "common/TestMain.h"
 
 #include "output/TableCsv.h"
@@ -29,15 +30,6 @@ QList<QStringList> Records(QByteArray text)
     return records;
 }
 
-// Sets the default locale for a scope, and puts en_US back.
-class LocaleScope
-{
-public:
-    explicit LocaleScope(const QLocale& locale) { QLocale::setDefault(locale); }
-    ~LocaleScope() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
-    LocaleScope(const LocaleScope&) = delete;
-    LocaleScope& operator=(const LocaleScope&) = delete;
-};
 } // namespace
 
 class TestTableCsv : public QObject

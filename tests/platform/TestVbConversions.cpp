@@ -1,3 +1,4 @@
+#include "common/LocaleScope.h"
 #include "common/TestMain.h"
 
 #include "ErrorNumberOf.h"
@@ -14,16 +15,6 @@
 
 namespace
 {
-// Switches the default locale for one test and brings back the en_US the tests run with.
-class LocaleScope
-{
-public:
-    explicit LocaleScope(const QLocale& locale) { QLocale::setDefault(locale); }
-    ~LocaleScope() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
-    LocaleScope(const LocaleScope&) = delete;
-    LocaleScope& operator=(const LocaleScope&) = delete;
-};
-
 QVariant nullOf(QMetaType::Type type)
 {
     return QVariant(QMetaType(type));
