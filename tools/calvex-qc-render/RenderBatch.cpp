@@ -5,6 +5,7 @@
 #include "RenderFailure.h"
 #include "RenderPreparation.h"
 #include "RenderRequest.h"
+#include "platform/RegistryReadBatch.h"
 #include "platform/RuntimeError.h"
 
 #include <QSet>
@@ -37,6 +38,10 @@ RenderBatch::RenderBatch(const RenderOptions& options, const QCRuleSet& rules, b
 int RenderBatch::run(const ReportAction& action, const ReportWriter& writer)
 {
     const BatchMessageService boxes;
+    // The night's settings are read from one reading of the registry file:
+    // every report of the run is made with the same ones, and the store made
+    // for each report does not read and parse the file anew.
+    const RegistryReadBatch settings;
     m_writer = &writer;
     std::optional<ReportPipeline> pipeline;
     if (writer)
