@@ -117,6 +117,12 @@ void ReportPipeline::write()
                 PrintFailure(QString::fromLocal8Bit(error.what()));
                 status = RunStatus::Failed;
             }
+            catch (...)
+            {
+                // Nothing may leave a writer: the run would end unannounced.
+                PrintFailure(QStringLiteral("a report could not be drawn"));
+                status = RunStatus::Failed;
+            }
         }
         // The report's data are released here, not with the lock held.
         job.report = PreparedReport();
