@@ -61,4 +61,10 @@ public:
 
     // The printer's device name; empty for targets that are no printer.
     virtual QString DeviceName() const = 0;
+
+    // True when text measures the same before the first drawing as while the
+    // pages are drawn: a layout made before the job needs no second one. A
+    // printer may measure with other metrics once its job has begun, so by
+    // default a layout is made again right before the pages it is for.
+    virtual bool MeasuresAlikeBeforeTheJob() const { return false; }
 };

@@ -40,6 +40,11 @@ public:
     // A file is no printer.
     QString DeviceName() const override { return QString(); }
 
+    // Its text is measured on the PDF writer at its resolution, whether a
+    // document is under way or not, and each text is shaped once for all the
+    // documents of the target (TextShaper).
+    bool MeasuresAlikeBeforeTheJob() const override { return true; }
+
     // The file the next EndDoc writes.
     QString fileName() const { return m_fileName; }
 

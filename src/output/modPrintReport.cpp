@@ -107,7 +107,10 @@ void PrintPreparedReport(OutputTarget& target, PreparedReport& report)
 {
     SetUpTablePagesOf(target, report);
     PrintGraphPages(target, report);
-    SetUpTablePagesOf(target, report);
+    // With the metrics of the job under way, where they may differ from those
+    // before it.
+    if (!target.MeasuresAlikeBeforeTheJob())
+        SetUpTablePagesOf(target, report);
     PrintTablePages(target, report);
     // The violation list is measured only now, with the printer's metrics and
     // after every page before it: up to there the job is what it is without

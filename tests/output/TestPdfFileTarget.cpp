@@ -103,6 +103,45 @@ private slots:
         QVERIFY(!QFile::exists(file));
     }
 
+    void textMeasuresTheSameBeforeAndDuringTheJob()
+    {
+        // The print path lays the table out once on a PDF file: a target
+        // that measures before its document is begun measures as one whose
+        // document is under way. Two targets, so that no text shaped on the
+        // one is remembered for the other.
+        const QStringList texts{QStringLiteral("Visit Date"),    QStringLiteral("12/31/2024"),
+                                QStringLiteral("1234.56"),       QStringLiteral("FEV1/FVC"),
+                                QStringLiteral("(mL/min/mmHg)"), QStringLiteral("Wy To")};
+        const auto measure = [&texts](OutputTarget& target) {
+            QList<double> measures;
+            for (const double points : {8.0, 10.0, 14.0})
+            {
+                for (const bool bold : {false, true})
+                {
+                    target.SetFontSize(points);
+                    target.SetFontBold(bold);
+                    for (const QString& text : texts)
+                        measures << target.TextWidth(text) << target.TextHeight(text);
+                }
+            }
+            return measures;
+        };
+        QTemporaryDir dir;
+        PdfFileTarget before(dir.filePath(QStringLiteral("before.pdf")), QPageSize(QPageSize::Letter),
+                             QPageLayout::Portrait);
+        QVERIFY(before.MeasuresAlikeBeforeTheJob());
+        const QList<double> measuredBefore = measure(before);
+
+        PdfFileTarget during(dir.filePath(QStringLiteral("during.pdf")), QPageSize(QPageSize::Letter),
+                             QPageLayout::Portrait);
+        during.Print(QStringLiteral("The job is under way"));
+        during.NewPage();
+        const QList<double> measuredDuring = measure(during);
+        during.EndDoc();
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("during.pdf"))));
+        QCOMPARE(measuredDuring, measuredBefore);
+    }
+
     void pagesAreThoseOfThePdfPrinter()
     {
         // The same drawing through the PDF printer and through the file target:

@@ -156,6 +156,19 @@ QStringList RenderFixture::pdfPages(const QString& pdfFile)
     return pages;
 }
 
+QStringList RenderFixture::pdfFonts(const QString& pdfFile)
+{
+    const Result listed = run(QStringLiteral("pdffonts"), {pdfFile});
+    if (listed.exitCode != 0)
+        qFatal("pdffonts (poppler-utils) failed on %s: %s", qPrintable(pdfFile), qPrintable(listed.err));
+    // Two heading lines, then one line a font ending in its object number and generation.
+    QStringList fonts;
+    const QStringList lines = listed.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (qsizetype i = 2; i < lines.size(); ++i)
+        fonts.append(lines.at(i).simplified().section(QLatin1Char(' '), 0, -3));
+    return fonts;
+}
+
 QImage RenderFixture::rasterPage(const QString& pdfFile, int page, int dotsPerInch)
 {
     QTemporaryDir dir;

@@ -54,6 +54,10 @@ public:
 
     // The text of each page of a PDF (pdftotext -layout).
     static QStringList pdfPages(const QString& pdfFile);
+    // The fonts of a PDF (pdffonts), one a line: name, type, encoding and
+    // whether it is embedded, a subset and has a Unicode map; without the
+    // object numbers, which differ between files of the same fonts.
+    static QStringList pdfFonts(const QString& pdfFile);
     // One page of a PDF as a picture (pdftoppm), in grey levels.
     static QImage rasterPage(const QString& pdfFile, int page, int dotsPerInch);
 

@@ -182,10 +182,17 @@ private slots:
             QVERIFY(pages.size() >= 2);
             QCOMPARE(pages, RenderFixture::pdfPages(single));
             QVERIFY(pages.first().contains(QStringLiteral("Carl R Control")));
-            // Drawn after other reports on the run's one PDF target, each
+            // Drawn after other reports on its writer's PDF target, each
             // page is the single report's page, pixel for pixel.
             for (int page = 1; page <= pages.size(); ++page)
                 QCOMPARE(RenderFixture::rasterPage(batchFile, page, 50), RenderFixture::rasterPage(single, page, 50));
+            // The fonts set up once for a writer's documents are embedded
+            // whole in each of them: the fonts of the report alone.
+            const QStringList fonts = RenderFixture::pdfFonts(batchFile);
+            QCOMPARE(fonts, RenderFixture::pdfFonts(single));
+            QVERIFY2(fonts.size() == 2, qPrintable(fonts.join(QLatin1Char('\n'))));
+            for (const QString& font : fonts)
+                QVERIFY2(font.endsWith(QStringLiteral(" yes no yes")), qPrintable(font));
         }
     }
 

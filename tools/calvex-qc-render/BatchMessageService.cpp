@@ -2,6 +2,16 @@
 
 #include "RenderConsole.h"
 
+namespace
+{
+thread_local QString t_report;
+}
+
+void BatchMessageService::setReport(const QString& report)
+{
+    t_report = report;
+}
+
 BatchMessageService::BatchMessageService()
     : m_previous(MessageService::installed())
 {
@@ -15,6 +25,6 @@ BatchMessageService::~BatchMessageService()
 
 int BatchMessageService::show(const QString& text, int style, const QString& /*title*/, const QString& /*detail*/)
 {
-    PrintFailure(m_report.isEmpty() ? text : m_report + QStringLiteral(": ") + text);
+    PrintFailure(t_report.isEmpty() ? text : t_report + QStringLiteral(": ") + text);
     return (style & 7) == MsgStyle::YesNo ? MsgAnswer::Yes : MsgAnswer::Ok;
 }

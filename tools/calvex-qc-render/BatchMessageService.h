@@ -20,12 +20,13 @@ public:
     BatchMessageService(const BatchMessageService&) = delete;
     BatchMessageService& operator=(const BatchMessageService&) = delete;
 
-    // The report of the boxes that follow, as the run's lines name it.
-    void setReport(const QString& report) { m_report = report; }
+    // The report of the boxes that follow on this thread, as the run's lines
+    // name it: the thread that prepares the reports and each writer of the
+    // night (ReportPipeline) are on a report of their own.
+    static void setReport(const QString& report);
 
     int show(const QString& text, int style, const QString& title, const QString& detail) override;
 
 private:
     MessageService* m_previous;
-    QString m_report;
 };

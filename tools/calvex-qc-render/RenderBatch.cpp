@@ -5,9 +5,12 @@
 #include "RenderFailure.h"
 #include "RenderPreparation.h"
 #include "RenderRequest.h"
+#include "platform/RegistryReadBatch.h"
 #include "platform/RuntimeError.h"
 
 #include <QSet>
+
+#include <optional>
 
 namespace
 {
@@ -32,10 +35,18 @@ RenderBatch::RenderBatch(const RenderOptions& options, const QCRuleSet& rules, b
     , m_siUnits(siUnits)
 {}
 
-int RenderBatch::run(const ReportAction& action)
+int RenderBatch::run(const ReportAction& action, const ReportWriter& writer)
 {
-    BatchMessageService boxes;
-    m_messages = &boxes;
+    const BatchMessageService boxes;
+    // The night's settings are read from one reading of the registry file:
+    // every report of the run is made with the same ones, and the store made
+    // for each report does not read and parse the file anew.
+    const RegistryReadBatch settings;
+    m_writer = &writer;
+    std::optional<ReportPipeline> pipeline;
+    if (writer)
+        pipeline.emplace(ReportPipeline::writersForThisMachine());
+    m_pipeline = pipeline ? &*pipeline : nullptr;
     m_definitions = loadDefinitions();
 
     QSet<QString> done;
@@ -78,6 +89,11 @@ int RenderBatch::run(const ReportAction& action)
         }
     }
 
+    if (m_pipeline)
+    {
+        m_status.meet(m_pipeline->finish());
+        m_pipeline = nullptr;
+    }
     if (m_reported == 0 && m_skipped > 0 && m_status.value() == RunStatus::Done)
     {
         ReportInfo period;
@@ -86,7 +102,7 @@ int RenderBatch::run(const ReportAction& action)
         PrintFailure(QStringLiteral("no report: none of the QC subjects listed has visits ") + PeriodText(period));
         m_status.meet(RunStatus::Failed);
     }
-    m_messages = nullptr;
+    m_writer = nullptr;
     return m_status.value();
 }
 
@@ -130,10 +146,10 @@ void RenderBatch::runTab(const ReportInfo& subject, qint16 tab, const ReportActi
         if (definition.saved.tab != tab)
             continue;
         const QString label = subject.PatientID + QStringLiteral(", ") + definitionLabel(definition.saved);
-        m_messages->setReport(label);
+        BatchMessageService::setReport(label);
         try
         {
-            if (!runReport(definition, subject, action))
+            if (!runReport(definition, subject, label, action))
             {
                 skipped.append(definition.saved.name);
                 ++m_skipped;
@@ -149,11 +165,12 @@ void RenderBatch::runTab(const ReportInfo& subject, qint16 tab, const ReportActi
             PrintFailure(label + QStringLiteral(": ") + error.description());
             m_status.meet(RunStatus::Failed);
         }
-        m_messages->setReport(QString());
+        BatchMessageService::setReport(QString());
     }
 }
 
-bool RenderBatch::runReport(const Definition& definition, const ReportInfo& subject, const ReportAction& action)
+bool RenderBatch::runReport(const Definition& definition, const ReportInfo& subject, const QString& label,
+                            const ReportAction& action)
 {
     ReportInfo info = definition.request;
     info.PatientID = subject.PatientID;
@@ -166,5 +183,32 @@ bool RenderBatch::runReport(const Definition& definition, const ReportInfo& subj
         return false;
     ++m_reported;
     m_status.meet(action(definition.saved, report));
+    if (m_pipeline)
+    {
+        ReportPipeline::Work work = (*m_writer)(definition.saved, report);
+        // On the writer: its failures and boxes are said as the report's,
+        // as they would be here.
+        m_pipeline->handOver(std::move(report),
+                             [label, work = std::move(work)](PreparedReport& prepared, PdfFileTarget& target) {
+                                 BatchMessageService::setReport(label);
+                                 int status = RunStatus::Done;
+                                 try
+                                 {
+                                     status = work(prepared, target);
+                                 }
+                                 catch (const RenderFailure& failure)
+                                 {
+                                     PrintFailure(label + QStringLiteral(": ") + failure.message);
+                                     status = RunStatus::Failed;
+                                 }
+                                 catch (const RuntimeError& error)
+                                 {
+                                     PrintFailure(label + QStringLiteral(": ") + error.description());
+                                     status = RunStatus::Failed;
+                                 }
+                                 BatchMessageService::setReport(QString());
+                                 return status;
+                             });
+    }
     return true;
 }

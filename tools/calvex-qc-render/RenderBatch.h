@@ -1,6 +1,7 @@
 #pragma once
 
 #include "RenderOptions.h"
+#include "ReportPipeline.h"
 #include "RunStatus.h"
 #include "SavedDefinition.h"
 #include "components/ReportInfo.h"
@@ -12,8 +13,6 @@
 
 #include <functional>
 
-class BatchMessageService;
-
 // calvex-qc-render --all: every saved definition of both tabs (those of PF,
 // then those of GX, each tab by name) for each QC subject of the list, in the
 // list's order, in one process.
@@ -23,7 +22,10 @@ class BatchMessageService;
 // prepares it as Print prepares it, and hands the prepared report to the
 // report action, which does what the command line asks of each report
 // (writes its PDF, checks its rules, ...) and returns its exit status
-// (RunStatus). run()
+// (RunStatus). A report to be written goes on to the report writer, which
+// says what is to be drawn on a PDF target; it is drawn on a writer thread of
+// the night's ReportPipeline while the next reports are prepared, and the
+// run's lines keep the order of the reports all the same. run()
 // returns the worst status met. The run goes on after every failure; each
 // failure is one line on stderr:
 //
@@ -48,11 +50,16 @@ class RenderBatch final
 {
 public:
     using ReportAction = std::function<int(const SavedDefinition& definition, PreparedReport& report)>;
+    // Called after the action, on the same thread: the drawing of the
+    // report's PDF document, to be done on a writer.
+    using ReportWriter =
+        std::function<ReportPipeline::Work(const SavedDefinition& definition, const PreparedReport& report)>;
 
     // Each report is prepared with rules (its charts checked against them).
     RenderBatch(const RenderOptions& options, const QCRuleSet& rules, bool siUnits);
 
-    int run(const ReportAction& action);
+    // Without a writer nothing is drawn, and no writer thread started.
+    int run(const ReportAction& action, const ReportWriter& writer = {});
 
     // The reports whose action ran, so far.
     qint32 reportCount() const { return m_reported; }
@@ -71,13 +78,15 @@ private:
     void runTab(const ReportInfo& subject, qint16 tab, const ReportAction& action, QStringList& skipped);
     // Prepares one report and runs the action on it; false when the period
     // holds no visit of its tab.
-    bool runReport(const Definition& definition, const ReportInfo& subject, const ReportAction& action);
+    bool runReport(const Definition& definition, const ReportInfo& subject, const QString& label,
+                   const ReportAction& action);
 
     const RenderOptions& m_options;
     const QCRuleSet& m_rules;
     const bool m_siUnits;
     QList<Definition> m_definitions;
-    BatchMessageService* m_messages = nullptr; // while run() runs
+    const ReportWriter* m_writer = nullptr; // while run() runs
+    ReportPipeline* m_pipeline = nullptr;   // while run() runs, with a writer
     RunStatus m_status;
     qint32 m_reported = 0;
     qint32 m_skipped = 0;

@@ -1,10 +1,17 @@
 #include "RenderConsole.h"
 
+#include "ConsoleCapture.h"
+
 #include <QTextStream>
 
 void PrintLine(FILE* stream, QString text)
 {
     text.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    if (ConsoleCapture* capture = ConsoleCapture::current())
+    {
+        capture->add(stream, text);
+        return;
+    }
     QTextStream(stream) << text << Qt::endl;
 }
 

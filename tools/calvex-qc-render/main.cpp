@@ -200,19 +200,21 @@ int renderAll(const RenderOptions& options, const QCRuleSet& rules, bool siUnits
     if (writing)
         makeOutFolder(options.outFolder);
     OutFolderNames names(options.outFolder);
-    // One target for the night: each font is set up once for every report.
-    const std::unique_ptr<PdfFileTarget> pdf = writing ? NewPdfTarget() : nullptr;
     RunChecks checks(options, rules, siUnits);
     RenderBatch batch(options, rules, siUnits);
-    const int status = batch.run([&](const SavedDefinition& definition, PreparedReport& report) {
-        const int checked = options.check ? checks.check(report, definition.name) : RunStatus::Done;
-        if (writing)
-        {
-            const QString fileName = names.filePath(report.Info, definition.name);
-            printWritten(options, fileName, WritePdf(report, *pdf, fileName));
-        }
-        return checked;
-    });
+    const auto check = [&](const SavedDefinition& definition, PreparedReport& report) {
+        return options.check ? checks.check(report, definition.name) : RunStatus::Done;
+    };
+    // The files are named here, in the run's order; each is drawn on a writer
+    // thread, on the target that writer draws all its documents on.
+    const auto write = [&](const SavedDefinition& definition, const PreparedReport& report) {
+        const QString fileName = names.filePath(report.Info, definition.name);
+        return ReportPipeline::Work([&options, fileName](PreparedReport& prepared, PdfFileTarget& target) {
+            printWritten(options, fileName, WritePdf(prepared, target, fileName));
+            return RunStatus::Done;
+        });
+    };
+    const int status = writing ? batch.run(check, write) : batch.run(check);
     checks.finish();
     return status;
 }
