@@ -4,21 +4,33 @@
 #include "platform/StringServer.h"
 
 #include <memory>
+#include <mutex>
 
 namespace
 {
 std::unique_ptr<StringServer> objStrings;
 bool blnStringsCreated = false;
-} // namespace
+// The batch renderer draws reports on several threads: the server is created
+// once, by whichever asks first; its texts are only read after that. The
+// server's own start may ask for a text (a setting it cannot read), on the
+// same thread, hence a recursive lock.
+std::recursive_mutex creation;
 
-QString GetResourceText(qint16 id)
+StringServer& strings()
 {
+    const std::lock_guard<std::recursive_mutex> lock(creation);
     if (!blnStringsCreated)
     {
         objStrings = ComponentFactory::create<StringServer>(StringServer::ClassId);
         blnStringsCreated = true;
     }
-    const QString text = objStrings->GetText(id);
+    return *objStrings;
+}
+} // namespace
+
+QString GetResourceText(qint16 id)
+{
+    const QString text = strings().GetText(id);
     if (text.isEmpty())
     {
         MsgBox(QStringLiteral("ResourceID is not found,  ") + QString::number(id), MsgStyle::OkOnly);
@@ -29,6 +41,7 @@ QString GetResourceText(qint16 id)
 
 void ResetResourceServer()
 {
+    const std::lock_guard<std::recursive_mutex> lock(creation);
     objStrings.reset();
     blnStringsCreated = false;
 }
