@@ -38,7 +38,7 @@ import time
 HERE = os.path.dirname(os.path.abspath(__file__))
 REPO = os.path.dirname(os.path.dirname(HERE))
 sys.path.insert(0, os.path.join(REPO, "bench", "common"))
-from results_section import write_section  # noqa: E402
+from results_section import build_type, write_section  # noqa: E402
 SYS_PY = "/usr/bin/python3"  # Debian's python3, the one python3-matplotlib is installed for
 BEGIN_MARK = "<!-- batch benchmark: begin -->"
 END_MARK = "<!-- batch benchmark: end -->"
@@ -237,7 +237,7 @@ def main():
 
     command_line = "python3 bench/batch/run_batch_bench.py " + " ".join(shlex.quote(x) for x in sys.argv[1:])
     lines = ["# Batch benchmark: a night's reports", ""]
-    lines.append(f"Measured {datetime.datetime.now():%Y-%m-%d %H:%M} with `{command_line.strip()}` (Release build). "
+    lines.append(f"Measured {datetime.datetime.now():%Y-%m-%d %H:%M} with `{command_line.strip()}` ({build_type(a.build)} build). "
                  f"The night: every QC subject of the demo database ({', '.join(subjects)}) with every saved "
                  f"definition (five PF, three GX), the whole demo period up to {a.to}: {len(reports)} reports, "
                  f"{sum(r['visits'] for r in reports)} visits in all. `ours` is one process, `calvex-qc-render --all "

@@ -1,6 +1,7 @@
 """A benchmark's own section of bench/results.md, written in place."""
 
 import os
+import re
 
 
 def write_section(path, section, begin_mark, end_mark, before=None):
@@ -19,3 +20,13 @@ def write_section(path, section, begin_mark, end_mark, before=None):
         text = text.rstrip("\n") + ("\n\n" if text else "") + section
     with open(path, "w") as f:
         f.write(text)
+
+
+def build_type(build_dir):
+    """The CMAKE_BUILD_TYPE of a build folder, as a section names it."""
+    try:
+        with open(os.path.join(build_dir, "CMakeCache.txt")) as f:
+            m = re.search(r"^CMAKE_BUILD_TYPE:\w+=(\S*)", f.read(), re.M)
+    except OSError:
+        return "unknown"
+    return (m.group(1) if m else "") or "unknown"

@@ -37,7 +37,7 @@ import time
 HERE = os.path.dirname(os.path.abspath(__file__))
 REPO = os.path.dirname(os.path.dirname(HERE))
 sys.path.insert(0, os.path.join(REPO, "bench", "common"))
-from results_section import write_section  # noqa: E402
+from results_section import build_type, write_section  # noqa: E402
 BEGIN_MARK = "<!-- import benchmark: begin -->"
 END_MARK = "<!-- import benchmark: end -->"
 
@@ -184,7 +184,7 @@ def postgres_version():
 def write_results(path, rows, args, csv_path, readings, load_before, load_after):
     lines = [BEGIN_MARK, "# Import benchmark: NorrixDBQuery import of a laboratory file", ""]
     command = "python3 bench/import/run_import_bench.py " + " ".join(shlex.quote(x) for x in sys.argv[1:])
-    lines.append(f"Measured {datetime.datetime.now():%Y-%m-%d %H:%M} with `{command.strip()}` (Release build). "
+    lines.append(f"Measured {datetime.datetime.now():%Y-%m-%d %H:%M} with `{command.strip()}` ({build_type(args.build)} build). "
                  f"The file: {readings:,} readings of {readings // READINGS_PER_VISIT:,} visits of {SUBJECTS} QC "
                  f"subjects, seed {args.seed}, {os.path.getsize(csv_path) / 1048576.0:.1f} MiB. Each run is a "
                  "process of its own, timed from start to exit; CPU time and peak resident memory are the "

@@ -32,6 +32,9 @@ import sys
 import tempfile
 import time
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "common"))
+from results_section import build_type  # noqa: E402
+
 REPO = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 TARGETS = ["NorrixDBQuery", "calvex-qc-render", "calvex-bench-startup", "calvex-bench-lab", "calvex-bench-lab-data"]
 SECTION = "## Lab-scale database"
@@ -48,12 +51,6 @@ def build(build_dir):
     if not os.path.exists(os.path.join(build_dir, "build.ninja")):
         run(["cmake", "-S", REPO, "-B", build_dir, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release"], capture=False)
     run(["cmake", "--build", build_dir, "-j", "2", "--target"] + TARGETS, capture=False)
-
-
-def build_type(build_dir):
-    with open(os.path.join(build_dir, "CMakeCache.txt")) as f:
-        m = re.search(r"^CMAKE_BUILD_TYPE:\w+=(\S*)", f.read(), re.M)
-    return m.group(1) if m else "unknown"
 
 
 def registry(path, settings, bin_dir):
