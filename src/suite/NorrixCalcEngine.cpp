@@ -44,10 +44,7 @@ const SuiteUser& NorrixCalcEngine::user()
         }
         catch (const RuntimeError& error)
         {
-            m_userUnread = true;
-            m_userError = error.description();
-            if (error.number() == SuiteDatabase::ErrorTimedOut)
-                m_unanswered = error.description();
+            m_userFailure = error;
             // The login the settings name on a server; the system user on a file.
             const QString name =
                 m_db.isPostgres() && !m_db.settings().user.isEmpty() ? m_db.settings().user : SuiteUser::currentName();
@@ -55,6 +52,11 @@ const SuiteUser& NorrixCalcEngine::user()
         }
     }
     return *m_user;
+}
+
+bool NorrixCalcEngine::unanswered() const
+{
+    return m_userFailure && m_userFailure->number() == SuiteDatabase::ErrorTimedOut;
 }
 
 qint32 NorrixCalcEngine::OpenApplication(qint32 applicationNumber)
@@ -76,7 +78,7 @@ qint32 NorrixCalcEngine::OpenApplication(qint32 applicationNumber)
     // answer (another program holds it locked), is then not waited for again,
     // neither for the log nor by the start's later questions.
     user();
-    if (!m_userUnread)
+    if (!m_userFailure)
         log(AuditSessionOpened, applicationNumber, QVariant(), QVariant(), QVariant());
     return 0;
 }
@@ -85,7 +87,7 @@ bool NorrixCalcEngine::HasRight(qint32 right)
 {
     if (!user().hasRight(right))
         return false;
-    if (right == RightEditReports && m_unanswered.isEmpty())
+    if (right == RightEditReports && !unanswered())
     {
         try
         {
@@ -106,7 +108,7 @@ QString NorrixCalcEngine::ReadOnlyReason()
         return QString();
     try
     {
-        if (m_unanswered.isEmpty() && m_db.isReadOnly())
+        if (!unanswered() && m_db.isReadOnly())
             return QStringLiteral("The QC database is read-only (%1). Reports can be chosen, previewed and printed, "
                                   "but report definitions cannot be changed until it can be written again.")
                 .arg(m_db.settings().describe());
@@ -123,10 +125,10 @@ QString NorrixCalcEngine::MissingRightReason(qint32 right)
     const SuiteUser& current = user();
     if (current.hasRight(right))
         return QString();
-    if (!m_userError.isEmpty())
+    if (m_userFailure)
         return QStringLiteral("The rights of the user \"%1\" could not be read, and the site's \"Default Rights\" "
                               "(\"%2\") do not include %3. %4")
-            .arg(current.name, m_db.settings().defaultRights, rightText(right), m_userError);
+            .arg(current.name, m_db.settings().defaultRights, rightText(right), m_userFailure->description());
     if (current.listed && current.disabled)
         return QStringLiteral("The user \"%1\" is disabled in the QC database and does not have %2.")
             .arg(current.name, rightText(right));
@@ -152,9 +154,9 @@ qint32 NorrixCalcEngine::AutoLogoutMinutes()
 qint32 NorrixCalcEngine::StartCheck()
 {
     m_reason.clear();
-    if (!m_unanswered.isEmpty())
+    if (unanswered())
     {
-        m_reason = m_unanswered;
+        m_reason = m_userFailure->description();
         return StartDatabaseUnreachable;
     }
     int version = 0;
@@ -218,7 +220,7 @@ void NorrixCalcEngine::PatientNotify(qint32 eventCode, qint32 applicationNumber,
 
 void NorrixCalcEngine::CloseApplication(qint32 applicationNumber, bool autoLogout)
 {
-    if (m_userUnread)
+    if (m_userFailure)
         return;
     log(AuditSessionClosed, applicationNumber, QVariant(), QVariant(), qint32(autoLogout));
 }

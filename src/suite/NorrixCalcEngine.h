@@ -1,6 +1,7 @@
 #pragma once
 
 #include "components/CalcEngine.h"
+#include "platform/RuntimeError.h"
 #include "suite/SuiteDatabase.h"
 #include "suite/SuiteUser.h"
 
@@ -70,6 +71,9 @@ public:
 
 private:
     const SuiteUser& user();
+    // The database did not answer within the timeout when the user was read:
+    // it is not waited for again.
+    bool unanswered() const;
     // Writes one entry of the audit log, or leaves it out (see above).
     void log(const QString& kind, qint32 application, const QVariant& eventCode, const QVariant& patientId,
              const QVariant& autoLogout);
@@ -77,10 +81,6 @@ private:
     SuiteDatabase m_db;
     std::optional<SuiteUser> m_user;
     // Why the user could not be read, when the site's defaults stand in.
-    QString m_userError;
+    std::optional<RuntimeError> m_userFailure;
     QString m_reason;
-    // Why the database did not answer when the session opened; empty when it did.
-    QString m_unanswered;
-    // The user could not be read from the database; the site's defaults stand in.
-    bool m_userUnread = false;
 };

@@ -87,19 +87,29 @@ QCRuleSet RulesToCheck(const RenderOptions& options)
     return rules;
 }
 
-QString pageCountText(qint32 pages)
+QString countText(qint32 count, const QString& one, const QString& many)
 {
-    return pages == 1 ? QStringLiteral("1 page") : QStringLiteral("%1 pages").arg(pages);
+    return count == 1 ? QStringLiteral("1 ") + one : QStringLiteral("%1 ").arg(count) + many;
 }
 
-// Files are announced on stdout, except in a check: its stdout holds the
-// check alone.
+// Says what was written where on stdout, except in a check: its stdout holds
+// the check alone.
+void announce(const RenderOptions& options, const QString& line)
+{
+    if (!options.check)
+        PrintLine(stdout, line);
+}
+
+QString nativePath(const QString& fileName)
+{
+    return QDir::toNativeSeparators(QFileInfo(fileName).absoluteFilePath());
+}
+
 void printWritten(const RenderOptions& options, const QString& fileName, qint32 pages)
 {
-    if (options.check)
-        return;
-    PrintLine(stdout, QStringLiteral("QC report written to %1 (%2)")
-                          .arg(QDir::toNativeSeparators(QFileInfo(fileName).absoluteFilePath()), pageCountText(pages)));
+    announce(options,
+             QStringLiteral("QC report written to %1 (%2)")
+                 .arg(nativePath(fileName), countText(pages, QStringLiteral("page"), QStringLiteral("pages"))));
 }
 
 // The outputs of one report, in the order PDF or PNG pages, then CSV.
@@ -110,19 +120,16 @@ void writeReport(const RenderOptions& options, PreparedReport& report)
     if (!options.pngFolder.isEmpty())
     {
         const qint32 pages = WritePngPages(report, options.pngFolder);
-        if (!options.check)
-            PrintLine(stdout, QStringLiteral("QC report written to %1 (page-001.png to page-%2.png)")
-                                  .arg(QDir::toNativeSeparators(QDir(options.pngFolder).absolutePath()))
-                                  .arg(pages, 3, 10, QLatin1Char('0')));
+        announce(options, QStringLiteral("QC report written to %1 (page-001.png to page-%2.png)")
+                              .arg(QDir::toNativeSeparators(QDir(options.pngFolder).absolutePath()))
+                              .arg(pages, 3, 10, QLatin1Char('0')));
     }
     if (!options.csvFile.isEmpty())
     {
         const qint32 visits = WriteTableCsv(report, options.csvFile);
-        if (!options.check)
-            PrintLine(stdout,
-                      QStringLiteral("QC table data written to %1 (%2)")
-                          .arg(QDir::toNativeSeparators(QFileInfo(options.csvFile).absoluteFilePath()),
-                               visits == 1 ? QStringLiteral("1 visit") : QStringLiteral("%1 visits").arg(visits)));
+        announce(options, QStringLiteral("QC table data written to %1 (%2)")
+                              .arg(nativePath(options.csvFile),
+                                   countText(visits, QStringLiteral("visit"), QStringLiteral("visits"))));
     }
 }
 
