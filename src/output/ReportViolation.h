@@ -12,7 +12,6 @@ struct ReportViolation
     QDate Date;
     QString TableName;        // the chart's table
     QString VarName;          // the chart's variable
-    QString Unit;             // the chart's unit
     double Value = 0;         // the reading, in the report's units
     qint32 DecimalPlaces = 0; // the variable's digits after the decimal point
     QCRuleSet Rules;          // every rule the reading broke

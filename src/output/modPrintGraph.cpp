@@ -9,7 +9,7 @@
 #include "platform/modResource.h"
 
 #include <QColor>
-#include <QMultiHash>
+#include <QSet>
 
 #include <algorithm>
 #include <array>
@@ -84,32 +84,15 @@ double VisitValue(const QVariant& field)
     return ToDouble(field);
 }
 
-// The readings of a chart that broke a QC rule, found by date and value.
-class FlaggedReadings
+// The positions, in the chart's data set in date order, of the readings that
+// broke a QC rule: the evaluator was given the readings in that order.
+QSet<qsizetype> FlaggedPositions(const QList<QCViolation>& violations)
 {
-public:
-    explicit FlaggedReadings(const QList<QCViolation>& violations)
-    {
-        for (const QCViolation& violation : violations)
-            m_values.insert(violation.Date.toJulianDay(), violation.Value);
-    }
-
-    bool contains(const QDate& date, double value) const
-    {
-        if (m_values.isEmpty())
-            return false;
-        for (auto it = m_values.constFind(date.toJulianDay()); it != m_values.cend() && it.key() == date.toJulianDay();
-             ++it)
-        {
-            if (it.value() == value)
-                return true;
-        }
-        return false;
-    }
-
-private:
-    QMultiHash<qint64, double> m_values;
-};
+    QSet<qsizetype> positions;
+    for (const QCViolation& violation : violations)
+        positions.insert(violation.Reading);
+    return positions;
+}
 
 qint32 DaysBetween(const QDate& from, const QDate& to)
 {
@@ -443,12 +426,12 @@ bool PrintGraphChart(OutputTarget& target, PageRect& plot, const GraphSeries& se
         // One circled cross per visit with a value; 2 % of the plot's height
         // across. A visit that broke a QC rule is a filled disc instead.
         const double radius = std::abs(yScale * span * 0.02);
-        const FlaggedReadings flagged(series.Violations);
+        const QSet<qsizetype> flagged = FlaggedPositions(series.Violations);
         target.SetDrawStyle(0);
         target.SetFontBold(true);
         target.SetDrawWidth(5);
         const double firstX = plot.Left + xStep;
-        while (!data.IsEOF())
+        for (qsizetype position = 0; !data.IsEOF(); ++position)
         {
             const QDate visitDate = ToDate(data.Value(0));
             if (visitDate.isValid())
@@ -458,7 +441,7 @@ bool PrintGraphChart(OutputTarget& target, PageRect& plot, const GraphSeries& se
                 {
                     const double x = DaysBetween(firstDate, visitDate) * xStep + firstX;
                     const double y = yOf(value);
-                    if (flagged.contains(visitDate, value))
+                    if (flagged.contains(position))
                     {
                         target.Disc(x, y, radius, kBlack);
                     }

@@ -57,7 +57,6 @@ void CloseIfOpen(const RecordsetPtr& data)
 bool PrepareReport(const ReportInfo& info, bool siUnits, PreparedReport& report, const QCRuleSet& rules)
 {
     report.Info = info;
-    report.Rules = rules;
     ReleaseReportGraphs(report);
     ReleaseReportTable(report);
     if (!BuildGraphSeries(report.Info, report.Graphs, siUnits))
@@ -70,7 +69,6 @@ bool PrepareReportPreview(OutputTarget& target, const ReportInfo& info, bool siU
                           const QCRuleSet& rules)
 {
     report.Info = info;
-    report.Rules = rules;
     ReleaseReportGraphs(report);
     if (!BuildGraphSeries(report.Info, report.Graphs, siUnits))
         return false;

@@ -136,7 +136,7 @@ void CheckReportRules(PreparedReport& report, const QCRuleSet& rules, bool siUni
         series.Violations = evaluator.evaluate(SeriesReadings(*series.Data), series.Mean, series.SD, dlco);
         for (const QCViolation& violation : series.Violations)
         {
-            report.Violations.Rows.append(ReportViolation{violation.Date, series.TableName, series.VarName, series.Unit,
+            report.Violations.Rows.append(ReportViolation{violation.Date, series.TableName, series.VarName,
                                                           violation.Value, series.DecimalPlaces, violation.Rules});
         }
     }

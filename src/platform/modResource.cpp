@@ -9,7 +9,6 @@
 namespace
 {
 std::unique_ptr<StringServer> objStrings;
-bool blnStringsCreated = false;
 // The batch renderer draws reports on several threads: the server is created
 // once, by whichever asks first; its texts are only read after that. The
 // server's own start may ask for a text (a setting it cannot read), on the
@@ -19,11 +18,8 @@ std::recursive_mutex creation;
 StringServer& strings()
 {
     const std::lock_guard<std::recursive_mutex> lock(creation);
-    if (!blnStringsCreated)
-    {
+    if (!objStrings)
         objStrings = ComponentFactory::create<StringServer>(StringServer::ClassId);
-        blnStringsCreated = true;
-    }
     return *objStrings;
 }
 } // namespace
@@ -43,5 +39,4 @@ void ResetResourceServer()
 {
     const std::lock_guard<std::recursive_mutex> lock(creation);
     objStrings.reset();
-    blnStringsCreated = false;
 }

@@ -59,8 +59,6 @@ public:
 
     explicit QCRuleEvaluator(QCRuleSet rules);
 
-    const QCRuleSet& rules() const { return m_rules; }
-
     // The reading counts for the rules (and for the chart's statistics): a
     // valid date and a finite value other than 0.
     static bool counts(const QCReading& reading);

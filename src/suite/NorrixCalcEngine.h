@@ -62,7 +62,7 @@ public:
     QString StartCheckReason() override;
     QString ReadOnlyReason() override;
     // Event codes 9 (taken) and 10 (released); others raise RuntimeError 5.
-    // Writing the log raises RuntimeError when the database fails.
+    // An entry that cannot be written is left out (see above).
     void PatientNotify(qint32 eventCode, qint32 applicationNumber, qint32 reserved, const QString& patientId) override;
     // Logs the close; nothing when OpenApplication could not log the session's
     // start (a database that cannot be had, whose reason the start check has

@@ -44,6 +44,16 @@ QHash<QString, ConnectionState>& states()
     return all;
 }
 
+// The state of a connection, read in place (it holds the failed queries and
+// the checks before commit, which a copy would copy at every statement); a
+// connection not opened yet has the state of a new one.
+const ConnectionState& stateOf(const QString& name)
+{
+    static const ConnectionState none;
+    const auto found = states().constFind(name);
+    return found == states().cend() ? none : *found;
+}
+
 // Rows per statement: SQLite of older builds takes at most 999 parameters.
 int rowsPerStatement(qsizetype columns)
 {
@@ -294,8 +304,8 @@ void SuiteDatabase::applyTimeout(QSqlDatabase& db)
 
 bool SuiteDatabase::watched(const QSqlDatabase& db, bool& brokeOff, const std::function<bool()>& request)
 {
-    const ServerAnswerWatch watch(db, std::chrono::milliseconds(states().value(connectionName()).statementMilliseconds +
-                                                                kAnswerGraceMilliseconds));
+    const ServerAnswerWatch watch(
+        db, std::chrono::milliseconds(stateOf(connectionName()).statementMilliseconds + kAnswerGraceMilliseconds));
     const bool done = request();
     brokeOff = !done && watch.brokeOff();
     return done;
@@ -313,13 +323,13 @@ void SuiteDatabase::allowLongStatements(qint32 seconds)
 bool SuiteDatabase::isReadOnly()
 {
     connection();
-    return states().value(connectionName()).readOnly;
+    return stateOf(connectionName()).readOnly;
 }
 
 QString SuiteDatabase::sessionUser()
 {
     connection();
-    return states().value(connectionName()).sessionUser;
+    return stateOf(connectionName()).sessionUser;
 }
 
 bool SuiteDatabase::mayRunAgain(const QSqlError& error)
@@ -327,7 +337,7 @@ bool SuiteDatabase::mayRunAgain(const QSqlError& error)
     if (!isPostgres())
         return false;
     const QString name = connectionName();
-    if (states().value(name).depth > 0)
+    if (stateOf(name).depth > 0)
         return false;
     QSqlDatabase db = QSqlDatabase::database(name, false);
     if (!db.isOpen())
@@ -567,7 +577,7 @@ void SuiteDatabase::checkBeforeCommit(std::function<void()> check)
 
 bool SuiteDatabase::inTransaction()
 {
-    return states().value(connectionName()).depth > 0;
+    return stateOf(connectionName()).depth > 0;
 }
 
 void SuiteDatabase::closeAllConnections()

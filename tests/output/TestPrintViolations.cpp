@@ -185,6 +185,31 @@ private slots:
                  1);
     }
 
+    // Two visits on one day with one value: only the reading that broke the
+    // rule is a disc. Here R-4s joins the second of them to the next visit,
+    // 2.5 SD below the mean; the first breaks nothing.
+    void ofTwoLikeReadingsOnOneDayOnlyTheFlaggedOneIsADisc()
+    {
+        const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("FVC"), 1)});
+        auto data = std::make_shared<Recordset>(QStringList{QStringLiteral("VisitDate"), QStringLiteral("Value")});
+        for (const auto& [visit, value] : {std::pair{1, 10.0}, {2, 12.5}, {2, 12.5}, {3, 7.5}})
+            data->AppendRow({QVariant(VisitDate(visit)), QVariant(value)});
+        m_printing->store->graph.insert(1, {kMean, kSD, kSD / kMean, data});
+        m_printing->store->table = TableVisits(info, 4);
+        RecordingTarget target;
+        QVERIFY(PrintReport(target, info, false, QCRuleSet{QCRule::RuleR4s}));
+
+        QCOMPARE(target.countOf(Kind::Disc), 2);
+        QCOMPARE(target.countOf(Kind::Circle), 2);
+        // The circled crosses are the first visit's and the first of the two
+        // on the second day, which share their place with the disc after them.
+        const std::vector<RecordedOp> circles = target.opsOf(Kind::Circle);
+        const std::vector<RecordedOp> discs = target.opsOf(Kind::Disc);
+        QCOMPARE(circles.at(1).x1, discs.at(0).x1);
+        QCOMPARE(circles.at(1).y1, discs.at(0).y1);
+        QVERIFY(discs.at(1).x1 > discs.at(0).x1);
+    }
+
     void withoutRulesNothingIsCheckedAndNothingAsked()
     {
         const ReportInfo info = HalfYearRequest({Variable(QStringLiteral("Pre"), QStringLiteral("DLCO"), 18)});

@@ -206,7 +206,7 @@ private slots:
         for (const Expected& violation : expected)
             wanted.append(QStringList{QStringLiteral("QC002"), QStringLiteral("DLCO"), violation.table,
                                       violation.variable, FormatMonthDayYear(violation.date),
-                                      QString::number(violation.value, 'f', violation.decimals), violation.rules.text()}
+                                      FormatPlainNumber(violation.value, violation.decimals), violation.rules.text()}
                               .join(QLatin1Char('\t')));
         QCOMPARE(result.out, wanted.join(QLatin1Char('\n')) + QLatin1Char('\n'));
         QVERIFY(result.out.contains(QStringLiteral("QC002\tDLCO\tPre\tDLCO\t12/10/2024\t18.2\t1-2s, 1-3s, DLCO-12\n")));

@@ -61,9 +61,6 @@ public:
     // Without a writer nothing is drawn, and no writer thread started.
     int run(const ReportAction& action, const ReportWriter& writer = {});
 
-    // The reports whose action ran, so far.
-    qint32 reportCount() const { return m_reported; }
-
 private:
     // The definitions the program would run, each with its variables.
     struct Definition

@@ -12,3 +12,9 @@ struct RenderFailure
     bool badCommandLine = false;
     bool withUsage = true;
 };
+
+// Ends the rendering with message: a failure of the run, not of the command line.
+[[noreturn]] inline void RenderRefuse(const QString& message)
+{
+    throw RenderFailure{message, false};
+}

@@ -20,14 +20,9 @@ constexpr int kPngDotsPerInch = 100;
 
 const QPageSize kPaper(QPageSize::Letter);
 
-[[noreturn]] void refuse(const QString& message)
-{
-    throw RenderFailure{message, false};
-}
-
 [[noreturn]] void refuseFile(const FileWriteError& error)
 {
-    refuse(QStringLiteral("cannot write %1: %2").arg(error.fileName(), error.description()));
+    RenderRefuse(QStringLiteral("cannot write %1: %2").arg(error.fileName(), error.description()));
 }
 } // namespace
 
@@ -62,7 +57,7 @@ std::unique_ptr<PdfFileTarget> NewPdfTarget()
 qint32 WritePngPages(PreparedReport& report, const QString& folder)
 {
     if (!QDir().mkpath(folder))
-        refuse(QStringLiteral("cannot make the folder %1").arg(folder));
+        RenderRefuse(QStringLiteral("cannot make the folder %1").arg(folder));
     const QSizeF points = kPaper.size(QPageSize::Point);
     PictureTarget picture(points.width() * kTwipsPerPoint, points.height() * kTwipsPerPoint, kPngDotsPerInch);
     SetUpReportPages(picture, report);
@@ -79,7 +74,7 @@ qint32 WritePngPages(PreparedReport& report, const QString& folder)
         QBuffer buffer(&png);
         buffer.open(QIODevice::WriteOnly);
         if (!picture.image().save(&buffer, "PNG"))
-            refuse(QStringLiteral("cannot write %1: the page could not be encoded as PNG").arg(fileName));
+            RenderRefuse(QStringLiteral("cannot write %1: the page could not be encoded as PNG").arg(fileName));
         files.add(fileName, std::move(png));
     }
     try
@@ -96,7 +91,7 @@ qint32 WritePngPages(PreparedReport& report, const QString& folder)
 qint32 WriteTableCsv(const PreparedReport& report, const QString& fileName)
 {
     if (!report.Table.Data)
-        refuse(QStringLiteral("the report has no table to write to %1").arg(fileName));
+        RenderRefuse(QStringLiteral("the report has no table to write to %1").arg(fileName));
     WholeFileWriter file;
     file.add(fileName, TableCsv(report.Table));
     try

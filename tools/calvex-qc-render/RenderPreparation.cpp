@@ -4,24 +4,16 @@
 #include "RenderOptions.h"
 #include "output/modPrintReport.h"
 
-namespace
-{
-[[noreturn]] void refuse(const QString& message)
-{
-    throw RenderFailure{message, false};
-}
-} // namespace
-
 bool PrepareRenderedReport(const ReportInfo& info, const QString& reportName, bool siUnits, const QCRuleSet& rules,
                            PreparedReport& report)
 {
     if (!PrepareReport(info, siUnits, report, rules))
     {
         if (report.Graphs.empty())
-            refuse(QStringLiteral("the QC report \"%1\" has no variable shown in the graph, and a report without "
-                                  "charts is not printed")
-                       .arg(reportName));
-        refuse(QStringLiteral("the table of the QC report \"%1\" could not be read").arg(reportName));
+            RenderRefuse(QStringLiteral("the QC report \"%1\" has no variable shown in the graph, and a report without "
+                                        "charts is not printed")
+                             .arg(reportName));
+        RenderRefuse(QStringLiteral("the table of the QC report \"%1\" could not be read").arg(reportName));
     }
     return report.Table.Data->RecordCount() > 0;
 }

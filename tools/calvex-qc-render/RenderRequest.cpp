@@ -17,11 +17,6 @@ namespace
 // The most variables a report shows in its graph and in its table.
 constexpr qint32 kMaxVariablesPerKind = 9;
 
-[[noreturn]] void refuse(const QString& message)
-{
-    throw RenderFailure{message, false};
-}
-
 // A field's text as a grid cell shows it: null-safe, blanks around it dropped.
 QString cellText(const Recordset& rs, const QString& field)
 {
@@ -30,7 +25,7 @@ QString cellText(const Recordset& rs, const QString& field)
 
 [[noreturn]] void refuseUnknownDefinition(const QString& name, qint16 tab)
 {
-    refuse(QStringLiteral("there is no QC report \"%1\" on the %2 tab").arg(name, RenderOptions::tabName(tab)));
+    RenderRefuse(QStringLiteral("there is no QC report \"%1\" on the %2 tab").arg(name, RenderOptions::tabName(tab)));
 }
 
 // The program's own refusals of a request's variables, with its texts.
@@ -45,11 +40,11 @@ void checkVariableCounts(const ReportInfo& info)
     }
     const QString limit = QStringLiteral(": ") + QString::number(kMaxVariablesPerKind);
     if (inGraph + inTable == 0)
-        refuse(GetResourceText(4077));
+        RenderRefuse(GetResourceText(4077));
     if (inGraph > kMaxVariablesPerKind)
-        refuse(GetResourceText(4078) + limit);
+        RenderRefuse(GetResourceText(4078) + limit);
     if (inTable > kMaxVariablesPerKind)
-        refuse(GetResourceText(4079) + limit);
+        RenderRefuse(GetResourceText(4079) + limit);
 }
 } // namespace
 
@@ -76,7 +71,7 @@ void FindRenderSubject(const QString& id, ReportInfo& info)
             break;
     }
     if (!matched)
-        refuse(QStringLiteral("there is no QC subject with the ID \"%1\"").arg(id));
+        RenderRefuse(QStringLiteral("there is no QC subject with the ID \"%1\"").arg(id));
 }
 
 QList<SavedDefinition> ListSavedDefinitions()
@@ -101,7 +96,7 @@ void LoadDefinitionVariables(const SavedDefinition& definition, bool siUnits, Re
     qint32 storedTab = definition.tab;
     const RecordsetPtr rows = store->OpenReport(definition.id, siUnits, storedTab);
     if (!rows)
-        refuse(QStringLiteral("the QC report \"%1\" cannot be opened").arg(definition.name));
+        RenderRefuse(QStringLiteral("the QC report \"%1\" cannot be opened").arg(definition.name));
 
     info.TestTab = definition.tab;
     info.Variables.clear();

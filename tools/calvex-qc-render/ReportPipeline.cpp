@@ -48,12 +48,6 @@ void ReportPipeline::handOver(PreparedReport report, Work work)
     printFront(lock);
 }
 
-void ReportPipeline::printFinished()
-{
-    std::unique_lock lock(m_mutex);
-    printFront(lock);
-}
-
 void ReportPipeline::printFront(std::unique_lock<std::mutex>& lock)
 {
     // The entries are printed outside the lock: writers go on meanwhile.

@@ -49,8 +49,6 @@ public:
 
     // Hands report to the next free writer and starts the next entry.
     void handOver(PreparedReport report, Work work);
-    // Prints every complete entry at the front.
-    void printFinished();
     // Waits for every report, prints every entry and ends the writers; this
     // thread's lines are printed at once again. Returns the worst status of
     // the reports drawn.

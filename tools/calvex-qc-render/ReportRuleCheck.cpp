@@ -72,7 +72,7 @@ QStringList ReportRuleCheck::lines() const
     {
         lines.append(QStringList{Field(m_subjectId), Field(m_definition), Field(violation.TableName),
                                  Field(violation.VarName), FormatMonthDayYear(violation.Date),
-                                 QString::number(violation.Value, 'f', std::max(violation.DecimalPlaces, 0)),
+                                 FormatPlainNumber(violation.Value, std::max(violation.DecimalPlaces, 0)),
                                  violation.Rules.text()}
                          .join(QLatin1Char('\t')));
     }

@@ -56,8 +56,6 @@ public:
     // system ("conventional" or "SI") and every check of the run (reports).
     static QJsonDocument document(const QCRuleSet& rules, bool siUnits, const QList<ReportRuleCheck>& checks);
 
-    const QList<Chart>& charts() const { return m_charts; }
-
 private:
     QString m_subjectId;
     QString m_subjectName;

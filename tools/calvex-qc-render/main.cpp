@@ -59,11 +59,6 @@ void keepQtMessagesOut(QtMsgType type, const QMessageLogContext& context, const 
         PrintFailure(message);
 }
 
-[[noreturn]] void refuse(const QString& message)
-{
-    throw RenderFailure{message, false};
-}
-
 // The QC rules the run checks: --rules when given, else the site's setting.
 // A rule the program does not know is a usage error of one line.
 QCRuleSet RulesToCheck(const RenderOptions& options)
@@ -178,7 +173,7 @@ int renderOne(const RenderOptions& options, const QCRuleSet& rules, bool siUnits
     const ReportInfo info = BuildRenderRequest(options, siUnits);
     PreparedReport report;
     if (!PrepareRenderedReport(info, options.report, siUnits, rules, report))
-        refuse(NoVisitsText(info));
+        RenderRefuse(NoVisitsText(info));
     int status = RunStatus::Done;
     if (options.check)
     {
@@ -194,9 +189,9 @@ int renderOne(const RenderOptions& options, const QCRuleSet& rules, bool siUnits
 void makeOutFolder(const QString& folder)
 {
     if (!QDir().mkpath(folder))
-        refuse(QStringLiteral("cannot make the folder %1").arg(folder));
+        RenderRefuse(QStringLiteral("cannot make the folder %1").arg(folder));
     if (!QFileInfo(folder).isWritable())
-        refuse(QStringLiteral("cannot write in the folder %1").arg(folder));
+        RenderRefuse(QStringLiteral("cannot write in the folder %1").arg(folder));
 }
 
 int renderAll(const RenderOptions& options, const QCRuleSet& rules, bool siUnits)
