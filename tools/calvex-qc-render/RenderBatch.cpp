@@ -10,6 +10,8 @@
 
 #include <QSet>
 
+#include <functional>
+
 #include <optional>
 
 namespace
@@ -18,6 +20,25 @@ namespace
 QString definitionLabel(const SavedDefinition& definition)
 {
     return QStringLiteral("%1 \"%2\"").arg(RenderOptions::tabName(definition.tab), definition.name);
+}
+
+// Runs work and gives its status. A RenderFailure or a RuntimeError it raises
+// is one line on stderr, "label: reason", and the status is Failed.
+int Guarded(const QString& label, const std::function<int()>& work)
+{
+    try
+    {
+        return work();
+    }
+    catch (const RenderFailure& failure)
+    {
+        PrintFailure(label + QStringLiteral(": ") + failure.message);
+    }
+    catch (const RuntimeError& error)
+    {
+        PrintFailure(label + QStringLiteral(": ") + error.description());
+    }
+    return RunStatus::Failed;
 }
 
 QString quotedList(const QStringList& names)
@@ -118,23 +139,13 @@ QList<RenderBatch::Definition> RenderBatch::loadDefinitions()
     for (const SavedDefinition& definition : saved)
     {
         Definition loaded{definition, {}};
-        try
-        {
+        const int status = Guarded(definitionLabel(definition), [&] {
             LoadDefinitionVariables(definition, m_siUnits, loaded.request);
-        }
-        catch (const RenderFailure& failure)
-        {
-            PrintFailure(definitionLabel(definition) + QStringLiteral(": ") + failure.message);
-            m_status.meet(RunStatus::Failed);
-            continue;
-        }
-        catch (const RuntimeError& error)
-        {
-            PrintFailure(definitionLabel(definition) + QStringLiteral(": ") + error.description());
-            m_status.meet(RunStatus::Failed);
-            continue;
-        }
-        definitions.append(loaded);
+            return RunStatus::Done;
+        });
+        m_status.meet(status);
+        if (status == RunStatus::Done)
+            definitions.append(loaded);
     }
     return definitions;
 }
@@ -147,24 +158,14 @@ void RenderBatch::runTab(const ReportInfo& subject, qint16 tab, const ReportActi
             continue;
         const QString label = subject.PatientID + QStringLiteral(", ") + definitionLabel(definition.saved);
         BatchMessageService::setReport(label);
-        try
-        {
+        m_status.meet(Guarded(label, [&] {
             if (!runReport(definition, subject, label, action))
             {
                 skipped.append(definition.saved.name);
                 ++m_skipped;
             }
-        }
-        catch (const RenderFailure& failure)
-        {
-            PrintFailure(label + QStringLiteral(": ") + failure.message);
-            m_status.meet(RunStatus::Failed);
-        }
-        catch (const RuntimeError& error)
-        {
-            PrintFailure(label + QStringLiteral(": ") + error.description());
-            m_status.meet(RunStatus::Failed);
-        }
+            return RunStatus::Done;
+        }));
         BatchMessageService::setReport(QString());
     }
 }
@@ -191,21 +192,7 @@ bool RenderBatch::runReport(const Definition& definition, const ReportInfo& subj
         m_pipeline->handOver(std::move(report),
                              [label, work = std::move(work)](PreparedReport& prepared, PdfFileTarget& target) {
                                  BatchMessageService::setReport(label);
-                                 int status = RunStatus::Done;
-                                 try
-                                 {
-                                     status = work(prepared, target);
-                                 }
-                                 catch (const RenderFailure& failure)
-                                 {
-                                     PrintFailure(label + QStringLiteral(": ") + failure.message);
-                                     status = RunStatus::Failed;
-                                 }
-                                 catch (const RuntimeError& error)
-                                 {
-                                     PrintFailure(label + QStringLiteral(": ") + error.description());
-                                     status = RunStatus::Failed;
-                                 }
+                                 const int status = Guarded(label, [&] { return work(prepared, target); });
                                  BatchMessageService::setReport(QString());
                                  return status;
                              });
