@@ -2,6 +2,7 @@
 
 #include "components/CalcEngine.h"
 #include "platform/Clock.h"
+#include "platform/ControlCharacters.h"
 #include "platform/RuntimeError.h"
 #include "platform/VbConversions.h"
 #include "suite/QueryRecordset.h"
@@ -150,7 +151,7 @@ void NorrixReportStore::checkName(const QString& name)
              QStringLiteral("The name of a QC report definition has at most %1 characters.").arg(MaxNameLength));
     for (const QChar c : name)
     {
-        if (c.category() == QChar::Other_Control)
+        if (IsControlCharacter(c))
             fail(ErrorNumber::InvalidPropertyValue,
                  QStringLiteral("The name of a QC report definition cannot hold control characters such as tabs "
                                 "or line breaks."));

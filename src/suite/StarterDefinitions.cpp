@@ -69,7 +69,7 @@ QString freeName(SuiteDatabase& db, const QString& name)
          !db.scalar(QStringLiteral("SELECT 1 FROM qc_reports WHERE name_key = ?"), {SuiteText::searchKey(candidate)})
               .isNull();
          ++number)
-        candidate = QStringLiteral("%1 (%2)").arg(name).arg(number);
+        candidate = SuiteText::numberedName(name, number, QCReportStore::MaxNameLength);
     return candidate;
 }
 

@@ -266,12 +266,6 @@ void SuiteSchema::renameDuplicateDefinitions(SuiteDatabase& db)
             keys.insert(definitions.back().key);
         }
     }
-    const auto numbered = [](QString name, int number) {
-        const QString suffix = QStringLiteral(" (%1)").arg(number);
-        while (!name.isEmpty() && name.toUcs4().size() + suffix.size() > QCReportStore::MaxNameLength)
-            name.chop(name.size() >= 2 && name.back().isLowSurrogate() ? 2 : 1);
-        return name + suffix;
-    };
     QSet<QString> seen;
     for (const Definition& definition : definitions)
     {
@@ -284,7 +278,7 @@ void SuiteSchema::renameDuplicateDefinitions(SuiteDatabase& db)
         QString key;
         for (int number = 2;; ++number)
         {
-            name = numbered(definition.name, number);
+            name = SuiteText::numberedName(definition.name, number, QCReportStore::MaxNameLength);
             key = SuiteText::searchKey(name);
             if (!keys.contains(key))
                 break;

@@ -67,3 +67,11 @@ QString SuiteText::timestamp(const QDateTime& moment)
 {
     return moment.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
+
+QString SuiteText::numberedName(QString name, int number, qsizetype maxLength)
+{
+    const QString suffix = QStringLiteral(" (%1)").arg(number);
+    while (!name.isEmpty() && name.toUcs4().size() + suffix.size() > maxLength)
+        name.chop(name.size() >= 2 && name.back().isLowSurrogate() ? 2 : 1);
+    return name + suffix;
+}

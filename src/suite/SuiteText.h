@@ -30,6 +30,10 @@ public:
     // index serves.
     static QString prefixSuccessor(const QString& prefix);
 
+    // "name (2)", "name (3)" ...: name with the number, cut (never inside a
+    // character) so that the whole keeps within maxLength characters.
+    static QString numberedName(QString name, int number, qsizetype maxLength);
+
     // A moment as the suite stores it: "yyyy-MM-dd HH:mm:ss", local time.
     static QString timestamp(const QDateTime& moment);
 };

@@ -1,17 +1,6 @@
 #include "widgets/ControlCharacterValidator.h"
 
-bool ControlCharacterValidator::isControlCharacter(QChar c)
-{
-    switch (c.category())
-    {
-    case QChar::Other_Control:
-    case QChar::Separator_Line:
-    case QChar::Separator_Paragraph:
-        return true;
-    default:
-        return false;
-    }
-}
+#include "platform/ControlCharacters.h"
 
 QValidator::State ControlCharacterValidator::validate(QString& input, int& pos) const
 {
@@ -20,7 +9,7 @@ QValidator::State ControlCharacterValidator::validate(QString& input, int& pos) 
     int removedBeforePos = 0;
     for (qsizetype i = 0; i < input.size(); ++i)
     {
-        if (!isControlCharacter(input.at(i)))
+        if (!IsControlCharacter(input.at(i)))
             kept.append(input.at(i));
         else if (i < pos)
             ++removedBeforePos;

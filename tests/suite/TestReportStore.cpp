@@ -461,8 +461,9 @@ private slots:
         QVERIFY(store.SaveReport(longest, info) > 0);
         QCOMPARE(store.CountReportsNamed(longest), 1);
         QVERIFY_THROWS_EXCEPTION(RuntimeError, store.SaveReport(longest + u'y', info));
-        for (const QString& name : {QStringLiteral("Tab\there"), QStringLiteral("Line\nbreak"),
-                                    QStringLiteral("Bell\u0007"), QStringLiteral("Delete\u007f")})
+        for (const QString& name :
+             {QStringLiteral("Tab\there"), QStringLiteral("Line\nbreak"), QStringLiteral("Bell\u0007"),
+              QStringLiteral("Delete\u007f"), QStringLiteral("Line\u2028separator"), QStringLiteral("Next\u0085line")})
         {
             try
             {
